@@ -834,3 +834,307 @@ QVGUI_API std::ostream& operator<<(std::ostream& os, const Real_point3& p);
 // ---- Planes, lines and quads ---------------------------------------------------
 
 // ---- Bounds and rectangles -----------------------------------------------------
+
+// The flat integer rectangle. y grows downwards: top is the smaller y.
+// Width = right - left, height = bottom - top.
+struct qvrect {
+  std::int32_t top;
+  std::int32_t left;
+  std::int32_t bottom;
+  std::int32_t right;
+};
+
+// The flat floating rectangle; its fields mirror qvrect's and convert to a
+// Rectangle2d field for field (top = yMin, left = xMin, bottom = yMax, right = xMax).
+struct Real_rect {
+  double top;
+  double left;
+  double bottom;
+  double right;
+};
+
+// The flat rectangle interface. Nothing is validated: crossed rectangles are
+// taken as they are, integer sums wrap around on overflow, and a null record
+// is ignored (queries on it answer 0 or false).
+QVGUI_API void guiSetRect(qvrect* r, std::int32_t left, std::int32_t top, std::int32_t right,
+                          std::int32_t bottom) noexcept;
+QVGUI_API void guiCopyRect(qvrect* dst, const qvrect* src) noexcept;
+// Half-open (pixel convention): left <= h < right and top <= v < bottom. 1 or 0.
+[[nodiscard]] QVGUI_API int guiPtInRect(qvpoint p, const qvrect* r) noexcept;
+// Closed: left <= h <= right and top <= v <= bottom. 1 or 0.
+[[nodiscard]] QVGUI_API int guiPointInRect(const qvpoint* p, const qvrect* r) noexcept;
+QVGUI_API void guiOffsetRect(qvrect* r, std::int32_t dx, std::int32_t dy) noexcept;
+// left += dx, right -= dx, top += dy, bottom -= dy.
+QVGUI_API void guiInsetRect(qvrect* r, std::int32_t dx, std::int32_t dy) noexcept;
+[[nodiscard]] QVGUI_API bool guiEqualRect(const qvrect* a, const qvrect* b) noexcept;
+// True when a.right >= b.left, a.left <= b.right, a.top < b.bottom and
+// a.bottom > b.top: rectangles touching along a vertical edge intersect (in a
+// zero-width rectangle), those touching along a horizontal edge do not. out
+// (may be null) gets the intersection, or all zero when there is none.
+QVGUI_API bool guiSectRect(const qvrect* a, const qvrect* b, qvrect* out) noexcept;
+// Minima of top and left, maxima of bottom and right; empty rectangles count.
+QVGUI_API void guiUnionRect(const qvrect* a, const qvrect* b, qvrect* out) noexcept;
+[[nodiscard]] QVGUI_API std::int32_t guiRectX(const qvrect* r) noexcept;       // left
+[[nodiscard]] QVGUI_API std::int32_t guiRectY(const qvrect* r) noexcept;       // top
+[[nodiscard]] QVGUI_API std::int32_t guiRectWidth(const qvrect* r) noexcept;   // right - left
+[[nodiscard]] QVGUI_API std::int32_t guiRectHeight(const qvrect* r) noexcept;  // bottom - top
+// top == bottom or left == right (compare Rectangle2i::isEmpty, which needs both).
+[[nodiscard]] QVGUI_API bool guiIsEmptyRect(const qvrect* r) noexcept;
+[[nodiscard]] QVGUI_API bool guiAreRectsSameSize(const qvrect* a, const qvrect* b) noexcept;
+// Rotates the corners about the origin by degrees (counter-clockwise on
+// screen) and takes top from the rotated top-right corner, left from the
+// top-left, bottom from the bottom-left and right from the bottom-right. Not
+// reordered: meant for multiples of 90 degrees. Corners travel as qvpoint, so
+// coordinates outside the 16-bit range wrap.
+QVGUI_API void guiRotateRect(qvrect* r, int degrees) noexcept;
+// Stores a, b, c, d as top, left, bottom, right.
+QVGUI_API void guiSetRealRect(Real_rect* r, double a, double b, double c, double d) noexcept;
+
+QVGUI_API std::ostream& operator<<(std::ostream& os, const qvrect& r);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Real_rect& r);
+
+namespace gui_objects {
+
+class Rectangle2d;
+
+// An integer rectangle, stored in qvrect order (yMin, xMin, yMax, xMax) so
+// that conversion to and from qvrect copies the fields unchanged. Invariant
+// xMin <= xMax and yMin <= yMax; every operation that could cross it throws
+// RectangleCrossedPointsException and leaves the rectangle unchanged.
+// Integer sums wrap around on overflow.
+class QVGUI_API Rectangle2i {
+ public:
+  constexpr Rectangle2i() noexcept = default;
+  Rectangle2i(std::int32_t xMin, std::int32_t yMin, std::int32_t xMax, std::int32_t yMax);
+  // The box spanned by two corners in any order; never throws.
+  Rectangle2i(const Point2i& a, const Point2i& b) noexcept;
+  // origin is the minimum corner; a negative size throws.
+  Rectangle2i(const Point2i& origin, std::int32_t width, std::int32_t height);
+  explicit Rectangle2i(const qvrect& r);
+  operator qvrect() const noexcept { return qvrect{yMin_, xMin_, yMax_, xMax_}; }
+
+  [[nodiscard]] constexpr std::int32_t getXMin() const noexcept { return xMin_; }
+  [[nodiscard]] constexpr std::int32_t getYMin() const noexcept { return yMin_; }
+  [[nodiscard]] constexpr std::int32_t getXMax() const noexcept { return xMax_; }
+  [[nodiscard]] constexpr std::int32_t getYMax() const noexcept { return yMax_; }
+  [[nodiscard]] std::int32_t getWidth() const noexcept;
+  [[nodiscard]] std::int32_t getHeight() const noexcept;
+  // Integer midpoints, truncated toward zero.
+  [[nodiscard]] Point2i getCenter() const noexcept;
+
+  // Closed on all four sides.
+  [[nodiscard]] bool isInside(const Point2i& p) const noexcept;
+  // Only when degenerate in both directions (unlike guiIsEmptyRect).
+  [[nodiscard]] bool isEmpty() const noexcept { return xMin_ == xMax_ && yMin_ == yMax_; }
+  [[nodiscard]] bool sameSize(const Rectangle2i& other) const noexcept;
+
+  Rectangle2i& operator+=(const Vector2i& d) noexcept;
+  Rectangle2i& operator-=(const Vector2i& d) noexcept;
+  // Moves each side inward by d (outward for negative components).
+  void inset(const Vector2i& d);
+  void outset(const Vector2i& d);
+
+  [[nodiscard]] Rectangle2d asRectangle2d() const noexcept;
+
+ private:
+  std::int32_t yMin_ = 0;
+  std::int32_t xMin_ = 0;
+  std::int32_t yMax_ = 0;
+  std::int32_t xMax_ = 0;
+};
+
+[[nodiscard]] QVGUI_API bool operator==(const Rectangle2i& a, const Rectangle2i& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const Rectangle2i& a, const Rectangle2i& b) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2i operator+(const Rectangle2i& r, const Vector2i& d) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2i operator-(const Rectangle2i& r, const Vector2i& d) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2i unionRect(const Rectangle2i& a, const Rectangle2i& b) noexcept;
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Rectangle2i& r);
+
+// A floating rectangle, stored (yMin, xMin, yMax, xMax), invariant as
+// Rectangle2i. NaN limits count as crossed.
+class QVGUI_API Rectangle2d {
+ public:
+  constexpr Rectangle2d() noexcept = default;
+  Rectangle2d(double xMin, double yMin, double xMax, double yMax);
+  Rectangle2d(const Point2d& a, const Point2d& b) noexcept;
+  Rectangle2d(const Point2d& origin, double width, double height);
+  explicit Rectangle2d(const Real_rect& r);
+  operator Real_rect() const noexcept { return Real_rect{yMin_, xMin_, yMax_, xMax_}; }
+
+  [[nodiscard]] constexpr double getXMin() const noexcept { return xMin_; }
+  [[nodiscard]] constexpr double getYMin() const noexcept { return yMin_; }
+  [[nodiscard]] constexpr double getXMax() const noexcept { return xMax_; }
+  [[nodiscard]] constexpr double getYMax() const noexcept { return yMax_; }
+  [[nodiscard]] constexpr double getWidth() const noexcept { return xMax_ - xMin_; }
+  [[nodiscard]] constexpr double getHeight() const noexcept { return yMax_ - yMin_; }
+  [[nodiscard]] Point2d getCenter() const noexcept;
+
+  [[nodiscard]] bool isInside(const Point2d& p) const noexcept;  // closed
+  // Exactly degenerate in both directions.
+  [[nodiscard]] bool isEmpty() const noexcept { return xMin_ == xMax_ && yMin_ == yMax_; }
+  // Exactly equal width and height.
+  [[nodiscard]] bool sameSize(const Rectangle2d& other) const noexcept;
+
+  Rectangle2d& operator+=(const Vector2d& d) noexcept;
+  Rectangle2d& operator-=(const Vector2d& d) noexcept;
+  void inset(const Vector2d& d);
+  void outset(const Vector2d& d);
+
+  // Rounds outward to whole numbers, except that a limit within two units in
+  // the last place above (maxima) or below (minima) a whole number stays on
+  // it: 2.3 becomes 2 as a minimum and 3 as a maximum, 2.0000000000000004
+  // stays 2 on both sides. Limits beyond the 32-bit range saturate.
+  [[nodiscard]] Rectangle2i asRectangle2i() const;
+
+ private:
+  double yMin_ = 0.0;
+  double xMin_ = 0.0;
+  double yMax_ = 0.0;
+  double xMax_ = 0.0;
+};
+
+[[nodiscard]] QVGUI_API bool operator==(const Rectangle2d& a, const Rectangle2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const Rectangle2d& a, const Rectangle2d& b) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2d operator+(const Rectangle2d& r, const Vector2d& d) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2d operator-(const Rectangle2d& r, const Vector2d& d) noexcept;
+[[nodiscard]] QVGUI_API Rectangle2d unionRect(const Rectangle2d& a, const Rectangle2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool nearlyEqual(const Rectangle2d& a, const Rectangle2d& b) noexcept;
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Rectangle2d& r);
+
+// A 2-D box that may be unset. Reading a limit or corner of an unset box
+// throws InvalidAxisAlignedBoundingBoxException; width and height read 0.
+// "Lower" is the smaller y.
+class QVGUI_API AABB2d {
+ public:
+  constexpr AABB2d() noexcept = default;
+  explicit AABB2d(const Rectangle2d& r) noexcept : bounds_(r), valid_(true) {}
+
+  AABB2d& operator+=(const Point2d& p) noexcept;
+  // An unset operand is ignored; an unset box takes the other.
+  AABB2d& operator+=(const AABB2d& other) noexcept;
+
+  [[nodiscard]] bool contains(const Point2d& p) const noexcept;  // closed; false when unset
+  [[nodiscard]] constexpr bool isValid() const noexcept { return valid_; }
+  [[nodiscard]] double getXMin() const;
+  [[nodiscard]] double getXMax() const;
+  [[nodiscard]] double getYMin() const;
+  [[nodiscard]] double getYMax() const;
+  [[nodiscard]] Point2d getLowerLeft() const;
+  [[nodiscard]] Point2d getLowerRight() const;
+  [[nodiscard]] Point2d getUpperLeft() const;
+  [[nodiscard]] Point2d getUpperRight() const;
+  [[nodiscard]] Rectangle2d getBounds() const;
+  [[nodiscard]] double getWidth() const noexcept { return valid_ ? bounds_.getWidth() : 0.0; }
+  [[nodiscard]] double getHeight() const noexcept { return valid_ ? bounds_.getHeight() : 0.0; }
+
+ private:
+  Rectangle2d bounds_;
+  bool valid_ = false;
+};
+
+// Two unset boxes are equal; an unset box equals no set one.
+[[nodiscard]] QVGUI_API bool operator==(const AABB2d& a, const AABB2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const AABB2d& a, const AABB2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool nearlyEqual(const AABB2d& a, const AABB2d& b) noexcept;
+QVGUI_API std::ostream& operator<<(std::ostream& os, const AABB2d& b);
+
+// A 3-D box that may be unset (all limits zero then).
+class QVGUI_API BoundingVolume {
+ public:
+  constexpr BoundingVolume() noexcept = default;
+  // center -/+ width/2 per axis; InvalidWidthException for a negative width
+  // (NaN is not rejected).
+  BoundingVolume(const Point3d& center, double xWidth, double yWidth, double zWidth);
+  BoundingVolume(const Point3d& a, const Point3d& b) noexcept;
+  // Unset for count 0 or a null array.
+  BoundingVolume(const Point3d* points, std::size_t count) noexcept;
+
+  [[nodiscard]] constexpr double getXMin() const noexcept { return xMin_; }
+  [[nodiscard]] constexpr double getXMax() const noexcept { return xMax_; }
+  [[nodiscard]] constexpr double getYMin() const noexcept { return yMin_; }
+  [[nodiscard]] constexpr double getYMax() const noexcept { return yMax_; }
+  [[nodiscard]] constexpr double getZMin() const noexcept { return zMin_; }
+  [[nodiscard]] constexpr double getZMax() const noexcept { return zMax_; }
+  [[nodiscard]] Point3d getCenter() const noexcept;
+  [[nodiscard]] constexpr double getXWidth() const noexcept { return xMax_ - xMin_; }
+  [[nodiscard]] constexpr double getYWidth() const noexcept { return yMax_ - yMin_; }
+  [[nodiscard]] constexpr double getZWidth() const noexcept { return zMax_ - zMin_; }
+  [[nodiscard]] constexpr bool isValid() const noexcept { return valid_; }
+
+  [[nodiscard]] bool isInside(const Point3d& p) const noexcept;          // closed; false when unset
+  [[nodiscard]] bool isStrictlyInside(const Point3d& p) const noexcept;  // open; false when unset
+  // Unset, or some width nearlyEqual to 0.
+  [[nodiscard]] bool isEmpty() const noexcept;
+  // Each limit moves outward by f times its axis width (f < 0 shrinks).
+  void inflate(double f) noexcept;
+  // Union; an unset operand is ignored, an unset volume takes the other.
+  BoundingVolume& operator+=(const BoundingVolume& other) noexcept;
+  void swap(BoundingVolume& other) noexcept;
+
+ private:
+  double xMin_ = 0.0;
+  double xMax_ = 0.0;
+  double yMin_ = 0.0;
+  double yMax_ = 0.0;
+  double zMin_ = 0.0;
+  double zMax_ = 0.0;
+  bool valid_ = false;
+};
+
+[[nodiscard]] QVGUI_API bool operator==(const BoundingVolume& a, const BoundingVolume& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const BoundingVolume& a, const BoundingVolume& b) noexcept;
+// The six limits under nearlyEqual (the valid flags are not compared).
+[[nodiscard]] QVGUI_API bool nearlyEqual(const BoundingVolume& a, const BoundingVolume& b) noexcept;
+// The box of the eight transformed corners; unset stays unset. A corner that
+// lands at w <= 0 throws InvalidWException.
+[[nodiscard]] QVGUI_API BoundingVolume transform(const Matrix4x4d& m, const BoundingVolume& v);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const BoundingVolume& v);
+
+// A box snapped to a grid of cells: bounds in grid units, the half-open range
+// of covered cell indices [grid.xMin, grid.xMax) x [grid.yMin, grid.yMax), and
+// the cell size along x and y.
+class QVGUI_API GriddedBounds {
+ public:
+  GriddedBounds() noexcept = default;
+  GriddedBounds(const AABB2d& bounds, const Rectangle2i& grid, std::size_t xStride,
+                std::size_t yStride) noexcept
+      : bounds_(bounds), grid_(grid), xStride_(xStride), yStride_(yStride) {}
+
+  [[nodiscard]] const AABB2d& getBounds() const noexcept { return bounds_; }
+  [[nodiscard]] const Rectangle2i& getGrid() const noexcept { return grid_; }
+  [[nodiscard]] std::size_t getXStride() const noexcept { return xStride_; }
+  [[nodiscard]] std::size_t getYStride() const noexcept { return yStride_; }
+
+ private:
+  AABB2d bounds_;
+  Rectangle2i grid_;
+  std::size_t xStride_ = 1;
+  std::size_t yStride_ = 1;
+};
+
+// Enlarges a box (in grid units, e.g. pixels) to whole cells of a grid whose
+// cell boundaries lie at xOrigin + i * xStride and yOrigin + j * yStride for
+// every integer i, j. Cell i spans [xOrigin + i * xStride, xOrigin + (i + 1) * xStride].
+// The result's grid is the smallest half-open index range whose cells cover
+// the box (at least one cell per axis, so a degenerate box on a cell boundary
+// gets the cell above it), and its bounds are exactly those cells' extent.
+// A zero stride throws InvalidWidthException; an unset box, non-finite
+// limits, or cell indices beyond the 32-bit range throw
+// InvalidAxisAlignedBoundingBoxException.
+[[nodiscard]] QVGUI_API GriddedBounds expand_bounds_to_grid(const AABB2d& bounds, std::size_t xOrigin,
+                                                            std::size_t yOrigin, std::size_t xStride,
+                                                            std::size_t yStride);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const GriddedBounds& g);
+
+// The root of region classes defined elsewhere.
+class QVGUI_API RegionBase {
+ public:
+  virtual ~RegionBase() = 0;
+
+ protected:
+  RegionBase() = default;
+  RegionBase(const RegionBase&) = default;
+  RegionBase& operator=(const RegionBase&) = default;
+};
+
+}  // namespace gui_objects
