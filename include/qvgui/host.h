@@ -3,8 +3,6 @@
 // and keeps these declarations.
 #pragma once
 
-#include "qvgui/export.h"
-
 #include <cstdarg>
 #include <cstddef>
 #include <cstdint>
@@ -15,12 +13,19 @@
 #include <string_view>
 #include <vector>
 
+#include "qvgui/export.h"
+
 // ---- Host arrays ---------------------------------------------------------------
 //
 // A host array is an N-dimensional (N >= 2), column-major value of one class.
 // Element (i, j, k, ...) of an array with dimensions (d0, d1, d2, ...) sits at
 // linear index i + d0*(j + d1*(k + ...)). zrGetN is the product of every
 // dimension after the first, so an m x n x p array reports M = m, N = n*p.
+// Trailing singleton dimensions beyond the second are dropped (2 x 3 x 1 is
+// 2 x 3). Passing a null array where an array is required raises
+// HostError("Tavrix::host::NullArray"); a class that does not fit the call
+// raises "Tavrix::host::InvalidClass"; an index past the end raises
+// "Tavrix::host::IndexOutOfRange".
 
 struct zrArray_tag;
 using zrSize = std::size_t;
@@ -49,7 +54,9 @@ enum zrClassID : int {
 
 // Creation. Every numeric, logical and char array starts zero-filled; a cell
 // array starts with null (empty) cells. All of them raise the host's
-// out-of-memory error rather than return null.
+// out-of-memory error rather than return null, also when the product of the
+// dimensions (or the byte count) does not fit in zrSize. zrCreateNumeric*
+// accept the numeric classes and also logical and char.
 QVHOST_API zrArray_tag* zrCreateDoubleMatrix(zrSize m, zrSize n);
 QVHOST_API zrArray_tag* zrCreateDoubleScalar(double value);
 QVHOST_API zrArray_tag* zrCreateNumericMatrix(zrSize m, zrSize n, zrClassID cls);
@@ -87,7 +94,7 @@ QVHOST_API zrSize zrGetNumberOfDimensions(const zrArray_tag* array);
 QVHOST_API const zrSize* zrGetDimensions(const zrArray_tag* array);
 QVHOST_API zrSize zrGetNumberOfElements(const zrArray_tag* array);
 QVHOST_API zrSize zrGetElementSize(const zrArray_tag* array);  // bytes; 0 for cell/struct
-QVHOST_API bool zrIsEmpty(const zrArray_tag* array);            // some dimension is 0
+QVHOST_API bool zrIsEmpty(const zrArray_tag* array);           // some dimension is 0
 QVHOST_API bool zrIsScalar(const zrArray_tag* array);
 // Two dimensions, one of them 1 (a 1 x 1 counts; an empty 0 x 1 or 1 x 0 counts too).
 QVHOST_API bool zrIsVector(const zrArray_tag* array);
@@ -101,17 +108,21 @@ QVHOST_API bool* zrGetLogicals(const zrArray_tag* array);
 QVHOST_API const char* zrGetFunctionName(const zrArray_tag* array);  // function handles
 
 // Update. zrSetM/zrSetN/zrSetDimensions change the shape only (the caller makes
-// the storage fit). zrSetPr/zrSetData hand over storage from zrMalloc/zrCalloc;
-// the array frees its old storage and owns the new.
+// the storage fit); cell and struct arrays are the exception: their slots grow
+// (empty) to fit a larger shape and are kept, not destroyed, when it shrinks.
+// zrSetN makes an N-D array two-dimensional (M x n). zrSetPr/zrSetData hand over storage from
+// zrMalloc/zrCalloc; the array frees its old storage and owns the new.
 QVHOST_API void zrSetM(zrArray_tag* array, zrSize m);
 QVHOST_API void zrSetN(zrArray_tag* array, zrSize n);
 QVHOST_API void zrSetPr(zrArray_tag* array, double* data);
 QVHOST_API void zrSetData(zrArray_tag* array, void* data);
-// Returns false (shape unchanged) when ndim < 2 or dims is null.
+// Returns false (shape unchanged) when ndim < 2 or dims is null; an element
+// count that overflows raises the out-of-memory error (shape unchanged).
 QVHOST_API bool zrSetDimensions(zrArray_tag* array, const zrSize* dims, zrSize ndim);
 
 // Cells (linear index). zrSetCell takes ownership of value and destroys what
-// the cell held before. zrGetCell returns the cell's array, still owned by the
+// the cell held before; when it raises (bad index, wrong class) the caller
+// keeps value. zrGetCell returns the cell's array, still owned by the
 // cell array (null for an empty cell).
 QVHOST_API zrArray_tag* zrGetCell(const zrArray_tag* cell, zrSize index);
 QVHOST_API void zrSetCell(zrArray_tag* cell, zrSize index, zrArray_tag* value);
@@ -120,7 +131,11 @@ QVHOST_API void zrSetCell(zrArray_tag* cell, zrSize index, zrArray_tag* value);
 QVHOST_API int zrGetNumberOfFields(const zrArray_tag* array);
 QVHOST_API const char* zrGetFieldNameByNumber(const zrArray_tag* array, int field);
 QVHOST_API zrArray_tag* zrGetField(const zrArray_tag* array, zrSize index, const char* field);
+// An unknown field name raises "Tavrix::host::UnknownField" (the caller keeps value).
 QVHOST_API void zrSetField(zrArray_tag* array, zrSize index, const char* field, zrArray_tag* value);
+// Adds a field (empty in every element) and returns its number; an existing
+// name returns its number unchanged.
+QVHOST_API int zrAddField(zrArray_tag* array, const char* field);
 
 // Strings. zrArrayToString gives the char array's elements in column-major
 // order as zero-terminated UTF-8 in zrMalloc storage (caller frees with
@@ -138,6 +153,30 @@ QVHOST_API void* zrMalloc(std::size_t bytes);
 QVHOST_API void* zrCalloc(std::size_t count, std::size_t size);
 QVHOST_API void* zrRealloc(void* ptr, std::size_t bytes);
 QVHOST_API void zrFree(void* ptr);
+
+// Host arrays alive right now (created and not yet destroyed), so tests can
+// check that a conversion leaks nothing.
+QVHOST_API std::int64_t hostLiveArrayCount();
+
+// Test hook: let this many further allocations succeed, then make every later
+// one fail with the out-of-memory error until the hook is turned off with -1.
+// Covers the checked allocators, zrMalloc/zrCalloc/zrRealloc and the creation
+// of host arrays (each array record counts as one allocation, its element
+// storage as another).
+QVHOST_API void hostFailAllocationsAfter(std::int64_t successfulAllocations);  // -1 turns it off
+QVHOST_API std::int64_t hostAllocationFailureBudget();                         // what is left; -1 when off
+
+// Sets the hook for its lifetime and restores the previous setting afterwards.
+class QVHOST_API HostAllocationFailureScope {
+ public:
+  explicit HostAllocationFailureScope(std::int64_t successfulAllocations);
+  ~HostAllocationFailureScope();
+  HostAllocationFailureScope(const HostAllocationFailureScope&) = delete;
+  HostAllocationFailureScope& operator=(const HostAllocationFailureScope&) = delete;
+
+ private:
+  std::int64_t previous_;
+};
 
 // ---- Errors, warnings and the message catalogue ------------------------------------
 //
@@ -209,12 +248,14 @@ QVHOST_API bool utIsInterruptPending();
 QVHOST_API void utThrowIfInterruptPending();
 // The host (or a test) raises or clears the user's interrupt.
 QVHOST_API void utSetInterruptPending(bool pending);
-// After this many further queries of utIsInterruptPending, an interrupt becomes
-// pending by itself (0 turns the countdown off). Lets tests interrupt a long
-// computation at a chosen point.
+// Counts down the queries of utIsInterruptPending: the query that brings the
+// count to zero makes an interrupt pending by itself (so 1 interrupts the very
+// next query); 0 turns the countdown off. Queries made under a deferral count
+// too. Lets tests interrupt a long computation at a chosen point.
 QVHOST_API void utSetInterruptAfterQueries(std::uint64_t queries);
 
-// Scoped deferral of user interrupts; nests.
+// Scoped deferral of user interrupts; nests (the interrupt shows again when the
+// outermost deferral ends).
 class QVHOST_API utInterruptDeferral {
  public:
   utInterruptDeferral();
@@ -290,12 +331,31 @@ QVHOST_API void hostRegisterFunction(const char* name, HostFunction function);
 QVHOST_API bool hostHasFunction(const char* name);
 QVHOST_API void hostUnregisterFunction(const char* name);
 
-// Evaluates a text in the base workspace: statements separated by ';', ',' or
-// newlines; each statement an assignment "name = expr" or an expression;
-// expressions are numbers, 'quoted strings', [row vectors], variables and calls
-// "f(a, b)". Errors raised by the code, and unknown names, throw ScriptException.
-// The built-in functions include error(id, fmt, ...), disp(x) and assignin-like
-// setters; see the runtime's documentation.
+// Evaluates a text in the base workspace. The language:
+//   program    := statement { (';' | ',' | newline) statement }
+//   statement  := name '=' expr | expr          (an expression's value goes to "ans")
+//   expr       := term { ('+'|'-') term }
+//   term       := unary { ('*'|'/'|'.*'|'./') unary }   elementwise, scalars expand
+//   unary      := ('-'|'+') unary | primary
+//   primary    := number (1, 2.5, 1e-3, Inf, NaN) | 'text' ('' is a quote) | "text"
+//               | '[' rows ']' (elements split by blanks or ',', rows by ';' or newline)
+//               | '@' name (a function handle) | '(' expr ')'
+//               | name | name '(' args ')'   (a variable is indexed, a function called)
+// '%' starts a comment to the end of the line. Arithmetic works on double values
+// (logical and char operands are read as doubles). Results are not echoed.
+// Names resolve to a variable, then a registered function, then a built-in:
+// error(msg), error(id, fmt, args...) (id when the first of two or more
+// arguments contains ':' and no blank), warning(...), disp, fprintf, sprintf,
+// feval, isequal, numel, isempty, class, zeros, ones, func2str, str2func.
+// The text is parsed completely before anything runs: a syntax error raises
+// ScriptException("Tavrix::host::SyntaxError") and runs nothing. An unknown
+// name raises ScriptException("Tavrix::host::UndefinedFunction"); error() in
+// the code raises ScriptException with its id (empty without one); a HostError
+// escaping a function becomes a ScriptException with the same identifier and
+// message and that function's name. The one exception: while interrupts are
+// enabled, a pending interrupt is checked before every statement and every
+// call, and stops evaluation with HostError(kHostInterruptId), unwrapped, so
+// callers can tell a user's interrupt from an error in the code.
 QVHOST_API void hostEvalString(const char* text);
 // Calls a function, given as a function handle or a char array naming it.
 QVHOST_API void hostCallFunction(const zrArray_tag* function, int nlhs, zrArray_tag** plhs, int nrhs,
@@ -321,6 +381,9 @@ QVHOST_API bool hostInterruptsEnabled();
 QVHOST_API void hostReportUnhandledException(const ScriptException& error);
 QVHOST_API void hostReportUnhandledInterrupt();
 QVHOST_API std::vector<ScriptException> hostUnhandledExceptions();
+// Interrupts reported through hostReportUnhandledInterrupt.
+QVHOST_API std::size_t hostUnhandledInterruptCount();
+// Clears both the exceptions and the interrupt count.
 QVHOST_API void hostClearUnhandledExceptions();
 
 // Flushes buffered console output of user code.
