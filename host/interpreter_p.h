@@ -1,0 +1,79 @@
+// The interpreter's private parts: tokens, the syntax tree, the parser, and
+// the evaluation helpers shared by the evaluator and the built-in functions.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "arrays_p.h"
+
+namespace qvhost::script {
+
+// ---- Syntax --------------------------------------------------------------------------
+
+enum class TokenKind { Number, String, Name, Operator, Newline, End };
+
+struct Token {
+  TokenKind kind = TokenKind::End;
+  std::string text;  // name, operator, or the decoded string
+  double number = 0;
+  bool spaceBefore = false;  // separates matrix elements: [1 -2] has two
+  int line = 1;
+  int column = 1;
+};
+
+// Raises ScriptException("Tavrix::host::SyntaxError") for text that is not a
+// program. Never reads past the end of the input.
+std::vector<Token> tokenize(std::string_view text);
+
+enum class NodeKind { Number, String, Matrix, Name, Call, Handle, Negate, Plus, Binary };
+
+struct Node {
+  NodeKind kind = NodeKind::Number;
+  double number = 0;
+  std::string text;  // name, string contents or operator
+  std::vector<std::unique_ptr<Node>> children;
+  std::vector<std::size_t> rowLengths;  // Matrix: elements per row, in order
+  int line = 1;
+  int column = 1;
+};
+
+struct Statement {
+  std::string target;  // empty for an expression statement
+  std::unique_ptr<Node> expression;
+};
+
+std::vector<Statement> parse(std::string_view text);
+
+// ---- Values ----------------------------------------------------------------------------
+
+struct ArrayDeleter {
+  void operator()(zrArray_tag* a) const noexcept { zrDestroyArray(a); }
+};
+using ArrayPtr = std::unique_ptr<zrArray_tag, ArrayDeleter>;
+
+// Raises the ScriptException of an error in the code (identifier and catalogue
+// text formatted with the arguments).
+[[noreturn]] void throwScriptError(const char* identifier, ...);
+
+// Calls a registered function or a built-in by name with borrowed inputs. The
+// result holds max(nlhs, 1) outputs, any of them possibly null; failures
+// arrive as ScriptException (or HostError for the user's interrupt).
+std::vector<ArrayPtr> callFunction(const std::string& name, int nlhs,
+                                   const std::vector<const zrArray_tag*>& args);
+
+// Built-ins: true when `name` is one; then runs it.
+bool findBuiltin(const std::string& name);
+void callBuiltin(const std::string& name, int nlhs, zrArray_tag** plhs, int nrhs,
+                 const zrArray_tag* const* prhs);
+
+// The value of an array as text (char arrays in column-major order).
+std::string arrayText(const zrArray_tag* a);
+// True for classes that arithmetic reads as double (numeric, logical, char).
+bool isArithmetic(const zrArray_tag* a);
+// printf-style formatting with the interpreter's rules: escapes in the format,
+// arguments flattened element by element, the format reused while data remain.
+std::string formatWithArguments(const std::string& format, int nargs, const zrArray_tag* const* args);
+
+}  // namespace qvhost::script
