@@ -833,6 +833,244 @@ QVGUI_API std::ostream& operator<<(std::ostream& os, const Real_point3& p);
 
 // ---- Planes, lines and quads ---------------------------------------------------
 
+namespace gui_objects {
+
+class Line3d;
+class Rectangle2d;
+class AABB2d;
+class VertexSet;  // qvgui/clipping.h
+
+// An oriented plane: the points p with n.p = d, n of unit length. Every
+// constructor and every operation that builds a plane renormalises: a normal
+// whose squared length is 0 within the host tolerance (utEqualWithinEps)
+// throws ZeroLengthException, otherwise n is normalised and d divided by the
+// old length of n.
+class QVGUI_API Plane3d {
+ public:
+  // The plane z = 0 with normal (0, 0, 1).
+  Plane3d();
+  // A non-unit normal scales the offset too: ((0, 0, 2), 4) is z = 2.
+  Plane3d(const Vector3d& normal, double offset);
+  Plane3d(const Point3d& p, const Vector3d& normal);
+  // Normal (p1 - p0) x (p2 - p0): counter-clockwise points face the viewer.
+  // Coincident or collinear points throw ZeroLengthException.
+  Plane3d(const Point3d& p0, const Point3d& p1, const Point3d& p2);
+
+  [[nodiscard]] Vector3d getNormal() const noexcept { return Vector3d(a_, b_, c_); }
+  [[nodiscard]] double getOffset() const noexcept { return d_; }
+
+  // n.p - d: positive on the side the normal points to.
+  [[nodiscard]] double distance(const Point3d& p) const noexcept;
+  // a x + b y + c z - d w, the homogeneous form used by clipping.
+  [[nodiscard]] double evaluate(const Point4d& p) const noexcept;
+  [[nodiscard]] Point3d nearestPointOnPlane(const Point3d& p) const noexcept;
+  // The plane moved along its normal: offset d + delta.
+  [[nodiscard]] Plane3d offset(double delta) const;
+  // The same plane facing the other way.
+  [[nodiscard]] Plane3d negate() const;
+  // The line parameter t at which l meets the plane; ParallelException when
+  // n.T is 0 within the host tolerance.
+  [[nodiscard]] double intersectionParameter(const Line3d& l) const;
+  [[nodiscard]] Point3d intersect(const Line3d& l) const;
+
+ private:
+  void renormalize();
+
+  double a_ = 0.0;
+  double b_ = 0.0;
+  double c_ = 1.0;
+  double d_ = 0.0;
+};
+
+// (a, b, c, -d) times the inverse transpose of m, renormalised.
+[[nodiscard]] QVGUI_API Plane3d transform(const Matrix4x4d& m, const Plane3d& p);
+[[nodiscard]] QVGUI_API bool nearlyEqual(const Plane3d& a, const Plane3d& b) noexcept;
+// Exact, on the four numbers.
+[[nodiscard]] QVGUI_API bool operator==(const Plane3d& a, const Plane3d& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const Plane3d& a, const Plane3d& b) noexcept;
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Plane3d& p);
+
+// The plane through a polygon: Newell's normal (for four points the cross
+// product of the diagonals), through the centroid of the points. Fewer than
+// three points, or a normal whose squared length is at most 2^-51, give the
+// normal (0, 0, 1).
+[[nodiscard]] QVGUI_API Plane3d fitPlaneThroughPoints(const VertexSet& vertices, const std::size_t* indices,
+                                                      std::size_t count);
+
+// An infinite 2-D line through point with direction tangent; end is
+// point + tangent, so evaluate(0) is the point and evaluate(1) the end. A
+// tangent whose squared length is 0 within the host tolerance throws
+// ZeroLengthException.
+class QVGUI_API Line2d {
+ public:
+  Line2d(const Point2d& a, const Point2d& b);
+  Line2d(const Point2d& point, const Vector2d& tangent);
+
+  [[nodiscard]] Point2d getPoint() const noexcept { return point_; }
+  [[nodiscard]] Vector2d getTangent() const noexcept { return tangent_; }
+  [[nodiscard]] Point2d getEnd() const noexcept { return end_; }
+
+  // Makes the tangent unit length (ZeroLengthException when zero) and moves
+  // the end to point + tangent.
+  Line2d& normalize();
+  // (1 - t) point + t end; t is not clamped.
+  [[nodiscard]] Point2d evaluate(double t) const noexcept;
+  [[nodiscard]] Point2d nearestPointOnLine(const Point2d& p) const noexcept;
+  // Unsigned distance; rounding that would make the radicand negative gives 0.
+  [[nodiscard]] double distance(const Point2d& p) const noexcept;
+  // Moves the line by d.
+  Line2d& offset(const Vector2d& d) noexcept;
+  // Moves the line s tangent lengths to the left of its direction.
+  Line2d& offset(double s) noexcept;
+  // ParallelException when the sine of the angle between the lines is below
+  // 0.001 (or not a number).
+  [[nodiscard]] Point2d intersect(const Line2d& other) const;
+
+ private:
+  Point2d point_;
+  Vector2d tangent_;
+  Point2d end_;
+};
+
+// The 3-D counterpart of Line2d.
+class QVGUI_API Line3d {
+ public:
+  Line3d(const Point3d& a, const Point3d& b);
+  Line3d(const Point3d& point, const Vector3d& tangent);
+
+  [[nodiscard]] Point3d getPoint() const noexcept { return point_; }
+  [[nodiscard]] Vector3d getTangent() const noexcept { return tangent_; }
+  [[nodiscard]] Point3d getEnd() const noexcept { return end_; }
+
+  Line3d& normalize();
+  [[nodiscard]] Point3d evaluate(double t) const noexcept;
+  [[nodiscard]] Point3d nearestPointOnLine(const Point3d& p) const noexcept;
+  [[nodiscard]] double distance(const Point3d& p) const noexcept;
+  Line3d& offset(const Vector3d& d) noexcept;
+
+ private:
+  Point3d point_;
+  Vector3d tangent_;
+  Point3d end_;
+};
+
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Line2d& l);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Line3d& l);
+
+// A segment between two points; the default segment is invalid.
+class QVGUI_API LineSegment3d {
+ public:
+  constexpr LineSegment3d() noexcept = default;
+  constexpr LineSegment3d(const Point3d& start, const Point3d& end) noexcept
+      : start_(start), end_(end), valid_(true) {}
+
+  [[nodiscard]] constexpr bool isValid() const noexcept { return valid_; }
+  [[nodiscard]] constexpr Point3d getStart() const noexcept { return start_; }
+  [[nodiscard]] constexpr Point3d getEnd() const noexcept { return end_; }
+  // Unit direction; ZeroLengthException for a degenerate segment.
+  [[nodiscard]] Vector3d getDirection() const;
+  [[nodiscard]] double getLength() const noexcept;
+  [[nodiscard]] Point3d evaluate(double t) const noexcept;
+  [[nodiscard]] Line3d asLine3d() const;
+
+ private:
+  Point3d start_;
+  Point3d end_;
+  bool valid_ = false;
+};
+
+// Start and end under nearlyEqual.
+[[nodiscard]] QVGUI_API bool nearlyEqual(const LineSegment3d& a, const LineSegment3d& b) noexcept;
+QVGUI_API std::ostream& operator<<(std::ostream& os, const LineSegment3d& s);
+
+// A parameterised rectangle in space: the points rawOrigin + s u + t v for s
+// in the u range and t in the v range (each a Point2d holding min, max). The
+// bases must be perpendicular (u.v nearlyEqual to 0) and the ranges ordered,
+// else InvalidQuadException. The default quad is the unit square in z = 0,
+// marked invalid.
+class QVGUI_API Quad3d {
+ public:
+  Quad3d() noexcept = default;
+  Quad3d(const Point3d& origin, const Vector3d& u, const Vector3d& v);
+  Quad3d(const Point3d& origin, const Vector3d& u, const Vector3d& v, const Point2d& uRange,
+         const Point2d& vRange);
+  // other's frame with new (checked) ranges.
+  Quad3d(const Quad3d& other, const Point2d& uRange, const Point2d& vRange);
+
+  [[nodiscard]] bool isValid() const noexcept { return valid_; }
+  [[nodiscard]] Point3d getRawOrigin() const noexcept { return origin_; }
+  [[nodiscard]] Vector3d getUBasis() const noexcept { return u_; }
+  [[nodiscard]] Vector3d getVBasis() const noexcept { return v_; }
+  [[nodiscard]] Point2d getURange() const noexcept { return uRange_; }
+  [[nodiscard]] Point2d getVRange() const noexcept { return vRange_; }
+
+  // u range x v range; unset if a range is not ordered.
+  [[nodiscard]] AABB2d getUVBounds() const;
+  // The corner at the range minima, and the edge vectors spanning the ranges.
+  [[nodiscard]] Point3d getOrigin() const;
+  [[nodiscard]] Vector3d getUVector() const;
+  [[nodiscard]] Vector3d getVVector() const;
+  [[nodiscard]] Point3d evaluate(double s, double t) const noexcept;
+  // The same rectangle with ranges [0, 1] x [0, 1].
+  [[nodiscard]] Quad3d reparameterize() const;
+
+ private:
+  Point3d origin_;
+  Vector3d u_{1.0, 0.0, 0.0};
+  Vector3d v_{0.0, 1.0, 0.0};
+  Point2d uRange_{0.0, 1.0};
+  Point2d vRange_{0.0, 1.0};
+  bool valid_ = false;
+};
+
+// The quad through the transformed (and projected) origin and basis ends,
+// with the same ranges; invalid when the bases are no longer perpendicular.
+// InvalidWException when one of the three points lands at w <= 0.
+[[nodiscard]] QVGUI_API Quad3d transform(const Matrix4x4d& m, const Quad3d& q);
+[[nodiscard]] QVGUI_API bool nearlyEqual(const Quad3d& a, const Quad3d& b);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Quad3d& q);
+
+// How far the left, bottom, right and top sides of a rectangle move inward.
+// Never negative: the constructor, scaleby and interpolate throw
+// InvalidInsetException rather than make a negative inset.
+class QVGUI_API Inset2d {
+ public:
+  constexpr Inset2d() noexcept = default;
+  Inset2d(double xMin, double yMin, double xMax, double yMax);
+
+  [[nodiscard]] constexpr double getXMin() const noexcept { return xMin_; }
+  [[nodiscard]] constexpr double getYMin() const noexcept { return yMin_; }
+  [[nodiscard]] constexpr double getXMax() const noexcept { return xMax_; }
+  [[nodiscard]] constexpr double getYMax() const noexcept { return yMax_; }
+
+  // r shrunk by the insets; InvalidInsetException when they do not fit.
+  [[nodiscard]] Rectangle2d apply(const Rectangle2d& r) const;
+  // r grown by the insets.
+  [[nodiscard]] Rectangle2d unapply(const Rectangle2d& r) const;
+  // x insets times sx, y insets times sy; negative factors throw.
+  Inset2d& scaleby(double sx, double sy);
+  // Reads the insets as fractions of an outer box and turns them into the
+  // absolute insets around an inner box of w x h. Fractions summing to 1 or
+  // more along an axis (with a margin of one double epsilon) throw.
+  Inset2d& renormalize(double w, double h);
+  // Component-wise maximum.
+  [[nodiscard]] Inset2d max(const Inset2d& other) const noexcept;
+
+ private:
+  double xMin_ = 0.0;
+  double yMin_ = 0.0;
+  double xMax_ = 0.0;
+  double yMax_ = 0.0;
+};
+
+[[nodiscard]] QVGUI_API bool operator==(const Inset2d& a, const Inset2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool operator!=(const Inset2d& a, const Inset2d& b) noexcept;
+[[nodiscard]] QVGUI_API bool nearlyEqual(const Inset2d& a, const Inset2d& b) noexcept;
+[[nodiscard]] QVGUI_API Inset2d interpolate(double t, const Inset2d& a, const Inset2d& b);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const Inset2d& i);
+
+}  // namespace gui_objects
+
 // ---- Bounds and rectangles -----------------------------------------------------
 
 // The flat integer rectangle. y grows downwards: top is the smaller y.
