@@ -1,0 +1,53 @@
+// Sutherland-Hodgman clipping of a polygon against the canonical view volume
+// and the user planes, in homogeneous clip space.
+#include "clipping/vertex_vector_p.h"
+
+namespace gui_objects {
+
+namespace {
+
+// One Sutherland-Hodgman pass: the part of input on the inner side of plane.
+void clipAgainstPlane(VertexVector const& input, VertexVector& output, std::size_t plane,
+                      Plane3d const* const* userPlanes) {
+  Outcode const bit = Point4d::outCodeForPlane(static_cast<int>(plane));
+  std::size_t const n = input.getSize();
+  std::size_t prev = n - 1;
+  bool prevOut = (input.getOutcode(prev) & bit) != 0;
+  for (std::size_t cur = 0; cur < n; ++cur) {
+    bool const curOut = (input.getOutcode(cur) & bit) != 0;
+    // The fraction always runs from prev towards cur, whichever way the edge
+    // crosses, so an edge shared by two polygons is cut at the same point.
+    if (prevOut != curOut) output.clipVertexToPlane(input, prev, cur, plane, userPlanes);
+    if (!curOut) output.addVertex(input, cur);
+    prev = cur;
+    prevOut = curOut;
+  }
+}
+
+}  // namespace
+
+VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes) {
+  try {
+    if (polygon.getReject()) return VertexVector();
+    if (polygon.getAccept()) {
+      polygon.project();
+      return polygon;
+    }
+    VertexVector input(polygon);
+    VertexVector output;
+    for (std::size_t plane = 0; plane < kClipPlanes; ++plane) {
+      output.clear();
+      clipAgainstPlane(input, output, plane, userPlanes);
+      input.swap(output);
+      if (input.getSize() == 0) return input;
+    }
+    if (input.getSize() < 3) return VertexVector();
+    input.project();
+    return input;
+  } catch (InvalidWException const&) {
+    // Only reachable for a degenerate vertex with w == 0 at the origin.
+    return VertexVector();
+  }
+}
+
+}  // namespace gui_objects

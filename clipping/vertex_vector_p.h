@@ -1,0 +1,69 @@
+// Private state of VertexVector: the vertex arrays and the six optional
+// attribute arrays, shared by the vector's methods and the clippers.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "qvgui/clipping.h"
+
+namespace gui_objects {
+
+struct VertexVector::Impl {
+  std::vector<Point4d> vertices;
+  std::vector<Outcode> outcodes;
+  std::vector<Point3d> projected;
+  std::vector<double> inverseW;
+  bool isProjected = false;
+
+  std::optional<std::vector<Color4b>> rgbaColors;
+  std::optional<std::vector<float>> colorIndices;
+  std::optional<std::vector<Point2f>> textureCoords;
+  std::optional<std::vector<Point3d>> normals;
+  std::optional<std::vector<Point3f>> ambientDiffuse;
+  std::optional<std::vector<Point3f>> specular;
+
+  // Applies f to each attribute of this and the matching one of other, as
+  // (std::optional<std::vector<T>>& mine, std::optional<std::vector<T>> const& theirs).
+  template <class F>
+  void forEachAttribute(Impl const& other, F&& f) {
+    f(rgbaColors, other.rgbaColors);
+    f(colorIndices, other.colorIndices);
+    f(textureCoords, other.textureCoords);
+    f(normals, other.normals);
+    f(ambientDiffuse, other.ambientDiffuse);
+    f(specular, other.specular);
+  }
+  template <class F>
+  void forEachAttribute(F&& f) {
+    f(rgbaColors);
+    f(colorIndices);
+    f(textureCoords);
+    f(normals);
+    f(ambientDiffuse);
+    f(specular);
+  }
+  template <class F>
+  void forEachAttribute(F&& f) const {
+    f(rgbaColors);
+    f(colorIndices);
+    f(textureCoords);
+    f(normals);
+    f(ambientDiffuse);
+    f(specular);
+  }
+
+  void dropProjection() noexcept {
+    projected.clear();
+    inverseW.clear();
+    isProjected = false;
+  }
+};
+
+namespace clip_detail {
+[[noreturn]] void throwInvalidIndex();
+[[noreturn]] void throwBindingMismatch();
+[[noreturn]] void throwAppend();
+}  // namespace clip_detail
+
+}  // namespace gui_objects

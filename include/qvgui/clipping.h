@@ -1,0 +1,294 @@
+// Homogeneous clipping of lines, strips and polygons against the view volume
+// and user planes, planar projection of vertex sets, and the view frustum.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "qvgui/export.h"
+#include "qvgui/geometry.h"
+
+namespace gui_objects {
+
+// ---- Outcodes -------------------------------------------------------------------
+//
+// One "outside" bit per clipping plane:
+//
+//   index  bit     outside when
+//   0      0x001   x < -w
+//   1      0x002   x >  w
+//   2      0x004   y < -w
+//   3      0x008   y >  w
+//   4      0x010   z < -w
+//   5      0x020   z >  w
+//   6..11  0x040.. user plane (index - 6) is present and evaluate(p) <= 0
+//
+// A point exactly on a canonical boundary (x == w) is inside, a point exactly
+// on a user plane is outside. Point4d::outCodeForPlane gives the bit of a
+// plane, Point4d::calculateOutcodes the outcode of a point. User planes come as an array of six pointers
+// (entries may be null); a plane's positive side is the visible side.
+using Outcode = std::uint16_t;
+
+inline constexpr std::size_t kCanonicalClipPlanes = 6;
+inline constexpr std::size_t kUserClipPlanes = 6;
+inline constexpr std::size_t kClipPlanes = kCanonicalClipPlanes + kUserClipPlanes;
+
+// The fraction t along p0 -> p1 at which the segment meets clipping plane
+// planeIndex. Not guarded against division by zero: call it only for a plane
+// the two points lie on different sides of. A null user plane, and an index
+// of 12 or more, give 0.
+[[nodiscard]] QVGUI_API double calculate_line_t(Point4d const& p0, Point4d const& p1, std::size_t planeIndex,
+                                                Plane3d const* const* userPlanes);
+
+namespace vertex_vector {
+// An index at or beyond the vertex count (or beyond an attribute's values).
+class QVGUI_API InvalidIndexException {};
+// A vertex appended from a vector whose set of bound attributes differs.
+class QVGUI_API BindingMismatchException {};
+// An attribute value appended out of step with the vertices.
+class QVGUI_API AppendException {};
+}  // namespace vertex_vector
+
+// ---- VertexVector ---------------------------------------------------------------
+//
+// One primitive's vertices in homogeneous clip space with their outcodes and
+// optional per-vertex attributes. An attribute is either absent or holds one
+// value per vertex. Appending a vertex to an empty vector adopts the source's
+// attribute set; appending to a non-empty one requires the same set. Any
+// change of the vertices drops the projection made by project().
+class QVGUI_API VertexVector {
+ public:
+  VertexVector();
+  VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes);
+  // The source's vertices at the given indices, in that order, with outcodes
+  // and every bound attribute. InvalidIndexException for an index out of range.
+  VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices);
+  VertexVector(VertexVector const& other);
+  VertexVector(VertexVector&& other);
+  VertexVector& operator=(VertexVector const& other);
+  VertexVector& operator=(VertexVector&& other) noexcept;
+  ~VertexVector();
+
+  // Bind an attribute to every vertex, one value per vertex from the array,
+  // replacing an earlier binding. A null array with vertices present throws
+  // AppendException.
+  void addRGBAColors(Color4b const* colors);
+  void addColorIndices(float const* indices);
+  void addTextureCoords(Point2f const* coords);
+  void addNormals(Point3d const* normals);
+  void addAmbientDiffuseSecondaryColors(Point3f const* colors);
+  void addSpecularSecondaryColors(Point3f const* colors);
+
+  // Supply the attribute value of the latest vertex: accepted only when the
+  // attribute holds exactly one value fewer than there are vertices (an absent
+  // attribute counts as none, so it can be started on the first vertex only);
+  // otherwise AppendException.
+  void addRGBAColor(Color4b const& color);
+  void addColorIndex(float index);
+  void addTextureCoord(Point2f const& coord);
+  void addNormal(Point3d const& normal);
+  void addAmbientDiffuseSecondaryColor(Point3f const& color);
+  void addSpecularSecondaryColor(Point3f const& color);
+
+  // Appends one vertex with its outcode computed from userPlanes; attributes
+  // follow through the single-value appends above.
+  void addVertex(Point4d const& vertex, Plane3d const* const* userPlanes);
+  // Appends the source's vertex, outcode and attribute values.
+  void addVertex(VertexVector const& source, std::size_t index);
+  // Appends the point at fraction t from source vertex i0 towards i1, every
+  // attribute interpolated at the same t, the outcode recomputed.
+  void clipVertexToFraction(VertexVector const& source, std::size_t i0, std::size_t i1, double t,
+                            Plane3d const* const* userPlanes);
+  void clipVertexToPlane(VertexVector const& source, std::size_t i0, std::size_t i1, std::size_t planeIndex,
+                         Plane3d const* const* userPlanes);
+  [[nodiscard]] double getPlaneFraction(std::size_t i0, std::size_t i1, std::size_t planeIndex,
+                                        Plane3d const* const* userPlanes) const;
+
+  [[nodiscard]] std::size_t getSize() const noexcept;
+  [[nodiscard]] Outcode getOutcode(std::size_t index) const;
+  // True when empty or every outcode is 0.
+  [[nodiscard]] bool getAccept() const noexcept;
+  // True when empty, when a single vertex (it never forms a visible primitive),
+  // or when every vertex is outside one common plane.
+  [[nodiscard]] bool getReject() const noexcept;
+
+  // Array views; null for an absent attribute, and for the projected arrays
+  // before project().
+  [[nodiscard]] Point4d const* getVertices() const noexcept;
+  [[nodiscard]] Point3d const* getProjectedVertices() const noexcept;
+  [[nodiscard]] double const* getInverseWCoords() const noexcept;
+  [[nodiscard]] Color4b const* getRGBAColors() const noexcept;
+  [[nodiscard]] float const* getColorIndices() const noexcept;
+  [[nodiscard]] Point2f const* getTextureCoords() const noexcept;
+  [[nodiscard]] Point3d const* getNormals() const noexcept;
+  [[nodiscard]] Point3f const* getAmbientDiffuseSecondaryColors() const noexcept;
+  [[nodiscard]] Point3f const* getSpecularSecondaryColors() const noexcept;
+  [[nodiscard]] bool isProjected() const noexcept;
+
+  // Divides every vertex by its w, keeping 1/w per vertex. InvalidWException
+  // (and nothing changed) when a vertex has w <= 0.
+  void project();
+
+  void swap(VertexVector& other) noexcept;
+  // Removes the vertices and every attribute binding.
+  void clear() noexcept;
+
+  struct Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+QVGUI_API std::ostream& operator<<(std::ostream& os, VertexVector const& v);
+
+// The visible part of a polygon (Sutherland-Hodgman over the twelve planes),
+// projected; empty when less than a triangle remains.
+[[nodiscard]] QVGUI_API VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes);
+// The visible part of the line through vertices 0 and 1 (further vertices are
+// ignored), projected; both ends are re-interpolated. Empty when invisible.
+[[nodiscard]] QVGUI_API VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes);
+// The visible parts of a line strip as runs of at least two projected
+// vertices. Consecutive segments share a run when the vertex between them is
+// inside the view volume; a run is broken wherever the strip leaves it.
+[[nodiscard]] QVGUI_API std::vector<VertexVector> clip_linestrip(VertexVector& strip,
+                                                                 Plane3d const* const* userPlanes);
+
+// ---- Planar projection of vertex sets ----------------------------------------------
+
+// The caller's vertices, reached by index.
+class QVGUI_API VertexSet {
+ public:
+  virtual ~VertexSet();
+  [[nodiscard]] virtual Point3d getVertex(std::size_t index) const = 0;
+  [[nodiscard]] virtual std::size_t getNumVertices() const = 0;
+
+ protected:
+  VertexSet() = default;
+  VertexSet(VertexSet const&) = default;
+  VertexSet& operator=(VertexSet const&) = default;
+};
+
+// A 2-D coordinate system laid into a plane: orthonormal axes u, v with
+// (u, v, normal) right-handed, origin at the plane's point nearest (0, 0, 0).
+class QVGUI_API Projector {
+ public:
+  Projector();
+  Projector(Projector const& other);
+  Projector& operator=(Projector const& other);
+  ~Projector();
+
+  // Never throws: a plane whose normal cannot be normalised is stored but the
+  // previous axes and origin stay.
+  void setProjection(Plane3d const& plane) noexcept;
+
+  [[nodiscard]] Point2d project(Point3d const& p) const noexcept;
+  [[nodiscard]] Point3d unproject(Point2d const& q) const noexcept;
+
+  [[nodiscard]] Vector3d getUAxis() const noexcept;
+  [[nodiscard]] Vector3d getVAxis() const noexcept;
+  [[nodiscard]] Point3d getOrigin() const noexcept;
+  [[nodiscard]] Plane3d getPlane() const noexcept;
+
+  struct Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+// A face's vertices mapped into a projector's plane with a reverse lookup from
+// exact 2-D positions back to vertex indices. The vertex set is borrowed and
+// must outlive this object.
+class QVGUI_API ProjectedVertexSet {
+ public:
+  // What findVert returns for a position never added.
+  static constexpr std::size_t kNotFound = 2147483647;
+
+  ProjectedVertexSet(VertexSet const& vertices, Projector const& projector);
+  ProjectedVertexSet(ProjectedVertexSet const& other);
+  ProjectedVertexSet& operator=(ProjectedVertexSet const& other);
+  ~ProjectedVertexSet();
+
+  // Projects the vertex and records it under its 2-D position unless that
+  // exact position is taken already (the first index wins).
+  Point2d addVertex(std::size_t index);
+  // The index stored under exactly q (no tolerance), or kNotFound.
+  [[nodiscard]] std::size_t findVert(Point2d const& q) const;
+
+  struct Impl;
+
+ private:
+  std::unique_ptr<Impl> impl_;
+};
+
+// ---- View frustum ---------------------------------------------------------------------
+//
+// The region a camera sees, as six inward-facing planes in world coordinates
+// (the positive side of each is inside), in the order of the canonical clip
+// planes: left, right, bottom, top, near, far.
+//
+// Conventions: the camera sits at the eye and looks at the target; "up" need
+// not be perpendicular to the view direction, it only fixes the roll. The view
+// angle is the full vertical field of view in degrees, strictly between 0 and
+// 180; the orthographic extent is the full height of the view volume in world
+// units; aspect is width / height. Near and far are distances along the view
+// direction from the eye; near must be positive for a perspective view and
+// below far in both. Degenerate or non-finite input throws
+// InvalidFrustumException.
+//
+// getViewMatrix() * getProjectionMatrix() maps exactly this region to the
+// canonical volume -w <= x, y, z <= w (the createFrustum / createOrtho
+// conventions), so world points inside the frustum clip to outcode 0.
+class QVGUI_API ViewFrustum {
+ public:
+  enum class Kind : std::int32_t { Perspective = 0, Orthographic = 1 };
+  enum PlaneIndex : std::size_t { Left = 0, Right = 1, Bottom = 2, Top = 3, Near = 4, Far = 5 };
+
+  [[nodiscard]] static ViewFrustum perspective(Point3d const& eye, Point3d const& target, Vector3d const& up,
+                                               double viewAngleDegrees, double aspect, double nearDistance,
+                                               double farDistance);
+  [[nodiscard]] static ViewFrustum orthographic(Point3d const& eye, Point3d const& target, Vector3d const& up,
+                                                double extent, double aspect, double nearDistance,
+                                                double farDistance);
+
+  [[nodiscard]] Kind getKind() const noexcept { return kind_; }
+  [[nodiscard]] Plane3d const& getPlane(PlaneIndex index) const noexcept { return planes_[index]; }
+  // The six planes in PlaneIndex order.
+  [[nodiscard]] Plane3d const* getPlanes() const noexcept { return planes_; }
+
+  // Closed test: true when p is on the inner side of, or on, all six planes.
+  [[nodiscard]] bool isInside(Point3d const& p) const noexcept;
+
+  [[nodiscard]] Point3d getEye() const noexcept { return eye_; }
+  // Unit camera axes: forward (towards the target), right and true up.
+  [[nodiscard]] Vector3d getForward() const noexcept { return forward_; }
+  [[nodiscard]] Vector3d getRight() const noexcept { return right_; }
+  [[nodiscard]] Vector3d getUp() const noexcept { return up_; }
+  [[nodiscard]] double getNear() const noexcept { return near_; }
+  [[nodiscard]] double getFar() const noexcept { return far_; }
+  // Half the width and height of the view: for a perspective view at unit
+  // distance from the eye (tangents), for an orthographic one in world units.
+  [[nodiscard]] double getHalfWidth() const noexcept { return halfWidth_; }
+  [[nodiscard]] double getHalfHeight() const noexcept { return halfHeight_; }
+
+  // World to eye coordinates (eye at the origin looking down -z).
+  [[nodiscard]] Matrix4x4d getViewMatrix() const;
+  // Eye to homogeneous clip coordinates.
+  [[nodiscard]] Matrix4x4d getProjectionMatrix() const;
+
+ private:
+  ViewFrustum() = default;
+
+  Kind kind_ = Kind::Perspective;
+  Point3d eye_;
+  Vector3d forward_, right_, up_;
+  double near_ = 0.0, far_ = 0.0, halfWidth_ = 0.0, halfHeight_ = 0.0;
+  Plane3d planes_[6];
+};
+
+QVGUI_API std::ostream& operator<<(std::ostream& os, ViewFrustum const& f);
+
+}  // namespace gui_objects
