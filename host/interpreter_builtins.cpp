@@ -152,7 +152,7 @@ void b_disp(int, zrArray_tag**, int nrhs, const zrArray_tag* const* prhs) {
 void b_fprintf(int nlhs, zrArray_tag** plhs, int nrhs, const zrArray_tag* const* prhs) {
   requireInputs(nrhs, 1, "fprintf");
   int first = 0;
-  if (nrhs >= 2 && isArithmetic(prhs[0]) && prhs[1]->classID == zrCHAR_CLASS) {
+  if (nrhs >= 2 && isNumericClass(prhs[0]->classID) && prhs[1]->classID == zrCHAR_CLASS) {
     const double fid = scalarArgument(prhs[0], "fprintf");
     if (fid != 1 && fid != 2) invalidArgument("fprintf", "only the console (1 or 2) can be written");
     first = 1;
@@ -241,13 +241,14 @@ void b_str2func(int, zrArray_tag** plhs, int nrhs, const zrArray_tag* const* prh
   plhs[0] = zrCreateFunctionHandle(name.c_str());
 }
 
-#define QVHOST_BUILTINS(X)                                                                            \
-  X("error", b_error)                                                                                 \
-  X("warning", b_warning) X("disp", b_disp) X("fprintf", b_fprintf) X("sprintf", b_sprintf)           \
-      X("feval", b_feval) X("isequal", b_isequal) X("numel", b_numel) X("isempty", b_isempty)         \
-          X("class", b_class) X("size", b_size) X("zeros", b_zeros) X("ones", b_ones) X("Inf", b_Inf) \
-              X("inf", b_Inf) X("NaN", b_NaN) X("nan", b_NaN) X("pi", b_pi) X("true", b_true)         \
-                  X("false", b_false) X("func2str", b_func2str) X("str2func", b_str2func)
+#define QVHOST_BUILTINS(X)                                                                        \
+  X("error", b_error)                                                                             \
+  X("warning", b_warning)                                                                         \
+  X("disp", b_disp) X("fprintf", b_fprintf) X("sprintf", b_sprintf) X("feval", b_feval)           \
+      X("isequal", b_isequal) X("numel", b_numel) X("isempty", b_isempty) X("class", b_class)     \
+          X("size", b_size) X("zeros", b_zeros) X("ones", b_ones) X("Inf", b_Inf) X("inf", b_Inf) \
+              X("NaN", b_NaN) X("nan", b_NaN) X("pi", b_pi) X("true", b_true) X("false", b_false) \
+                  X("func2str", b_func2str) X("str2func", b_str2func)
 
 struct BuiltinEntry {
   const char* name;
