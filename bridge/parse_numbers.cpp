@@ -190,6 +190,17 @@ Point4d parse_1x4_double(const char* text) {
   return Point4d(v[0], v[1], v[2], v[3]);
 }
 
+BoundingVolume parse_2x3_double(const char* text) {
+  const std::string_view s = trimOrFail(textOrFail(text));
+  const std::size_t semicolon = s.find(';');
+  if (semicolon == std::string_view::npos || semicolon == 0 || semicolon + 1 == s.size()) raiseParse();
+  double a[3];
+  double b[3];
+  readNumberList(s.substr(0, semicolon), a, 3);
+  readNumberList(s.substr(semicolon + 1), b, 3);
+  return BoundingVolume(Point3d(a[0], a[1], a[2]), Point3d(b[0], b[1], b[2]));
+}
+
 Matrix4x4d parse_4x4_double(const char* text) {
   std::string_view rest = trimOrFail(textOrFail(text));
   double rowMajor[16];

@@ -15,11 +15,6 @@
 
 namespace gui_objects {
 
-class BoundingVolume;
-class Line3d;
-class LineSegment3d;
-class Rectangle2i;
-
 // ---- Ownership of host arrays ------------------------------------------------
 
 struct ZrArrayDtor {
