@@ -6,8 +6,6 @@
 
 namespace gui_objects {
 
-VertexSet::~VertexSet() = default;
-
 // ---- Projector ----------------------------------------------------------------------
 
 struct Projector::Impl {

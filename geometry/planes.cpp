@@ -96,6 +96,10 @@ std::ostream& operator<<(std::ostream& os, const Plane3d& p) {
 
 // ---- Fitting --------------------------------------------------------------------------
 
+// Defined here rather than with the clipping code so that the kernel, which
+// fits planes through vertex sets, links on its own.
+VertexSet::~VertexSet() = default;
+
 Plane3d fitPlaneThroughPoints(const VertexSet& vertices, const std::size_t* indices, std::size_t count) {
   if (count < 3 || indices == nullptr) return Plane3d(Vector3d(0.0, 0.0, 1.0), 0.0);
   // Twice the double epsilon: below this the polygon has no usable orientation.
