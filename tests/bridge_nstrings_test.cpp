@@ -1,0 +1,319 @@
+// String lists: splitting with escapes, joining, merging, and the conversions
+// to and from host values, including failures part-way through.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qvgui/bridge.h"
+
+namespace {
+
+std::vector<std::string> entries(const NStrings& list) {
+  std::vector<std::string> out;
+  for (std::int32_t i = 0; i < list.getNumStrings(); ++i) out.emplace_back(list[i]);
+  return out;
+}
+
+std::vector<std::string> splitOf(const char* text, char delimiter, char escape) {
+  return entries(NStrings(text, delimiter, escape));
+}
+
+std::string charArrayText(const zrArray_tag* a) {
+  char* s = zrArrayToString(a);
+  std::string out = s != nullptr ? s : "<not char>";
+  zrFree(s);
+  return out;
+}
+
+using Strings = std::vector<std::string>;
+
+TEST(BridgeNStringsSplit, Table) {
+  struct Case {
+    const char* label;
+    const char* text;
+    char escape;
+    Strings want;
+  };
+  const Case cases[] = {
+      {"three pieces", "a|b|c", 0, {"a", "b", "c"}},
+      {"trailing delimiter", "a|", 0, {"a", ""}},
+      {"leading delimiter", "|a", 0, {"", "a"}},
+      {"empty text", "", 0, {""}},
+      {"only delimiters", "||", 0, {"", "", ""}},
+      {"escaped delimiter", "a\\|b", '\\', {"a|b"}},
+      {"two escapes escape each other", "a\\\\|b", '\\', {"a\\", "b"}},
+      {"three escapes", "a\\\\\\|b", '\\', {"a\\|b"}},
+      {"escape before other text is kept", "a\\nb|c", '\\', {"a\\nb", "c"}},
+      {"escape at the end is kept", "ab\\", '\\', {"ab\\"}},
+      {"without escape character backslash is plain", "a\\|b", 0, {"a\\", "b"}},
+      {"multi-byte text passes whole", "\xC3\xA9|\xE2\x82\xAC", 0, {"\xC3\xA9", "\xE2\x82\xAC"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(splitOf(c.text, '|', c.escape), c.want);
+  }
+}
+
+TEST(BridgeNStringsSplit, DelimiterNeverMatchesInsideACharacter) {
+  // 0xA9 is the second byte of U+00A9; as a delimiter it only splits where it
+  // stands alone (a malformed single byte).
+  EXPECT_EQ(splitOf("a\xC2\xA9z", '\xA9', 0), Strings({"a\xC2\xA9z"}));
+  EXPECT_EQ(splitOf("a\xA9z", '\xA9', 0), Strings({"a", "z"}));
+  // A truncated sequence at the end is read byte by byte.
+  EXPECT_EQ(splitOf("a\xE2\x82", '\x82', 0), Strings({"a\xE2", ""}));
+}
+
+// The rules as written: a delimiter splits unless preceded by an odd run of
+// escapes; then, within each piece, escape + (delimiter or escape) keeps the
+// second character.
+Strings referenceSplit(const std::string& text, char delimiter, char escape) {
+  std::vector<std::size_t> cuts;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != delimiter) continue;
+    std::size_t run = 0;
+    while (escape != 0 && run < i && text[i - 1 - run] == escape) ++run;
+    if (run % 2 == 0) cuts.push_back(i);
+  }
+  cuts.push_back(text.size());
+  Strings pieces;
+  std::size_t start = 0;
+  for (const std::size_t cut : cuts) {
+    const std::string raw = text.substr(start, cut - start);
+    std::string piece;
+    for (std::size_t k = 0; k < raw.size(); ++k) {
+      if (escape != 0 && raw[k] == escape && k + 1 < raw.size() &&
+          (raw[k + 1] == delimiter || raw[k + 1] == escape)) {
+        piece += raw[++k];
+      } else {
+        piece += raw[k];
+      }
+    }
+    pieces.push_back(piece);
+    start = cut + 1;
+  }
+  return pieces;
+}
+
+TEST(BridgeNStringsSplit, RandomTextMatchesReference) {
+  std::mt19937 rng(4417);
+  const char alphabet[] = {'a', 'b', '|', '\\', ' ', ','};
+  std::uniform_int_distribution<int> length(0, 24);
+  std::uniform_int_distribution<int> pick(0, sizeof alphabet - 1);
+  for (int trial = 0; trial < 2000; ++trial) {
+    std::string text;
+    for (int n = length(rng); n > 0; --n) text += alphabet[pick(rng)];
+    const char escape = trial % 3 == 0 ? '\0' : '\\';
+    const char delimiter = trial % 5 == 0 ? ',' : '|';
+    SCOPED_TRACE(text);
+    EXPECT_EQ(splitOf(text.c_str(), delimiter, escape), referenceSplit(text, delimiter, escape));
+  }
+}
+
+TEST(BridgeNStrings, JoinCopyCompareAndSet) {
+  const char* xy[] = {"x", "y"};
+  NStrings list(2, xy);
+  char* joined = list.toString(',');
+  EXPECT_STREQ(joined, "x,y");
+  utFree(joined);
+  char* none = NStrings().toString(',');
+  EXPECT_STREQ(none, "");
+  utFree(none);
+
+  NStrings copy(&list);
+  EXPECT_TRUE(copy == list);
+  EXPECT_NE(copy[0], list[0]);  // deep copy
+  copy.setStringAt(1, "yy");
+  EXPECT_FALSE(copy == list);
+  EXPECT_TRUE(NStrings(static_cast<const NStrings*>(nullptr)) == NStrings());
+
+  // Shorter text is copied into the same storage; longer replaces it.
+  NStrings one("hello", '|');
+  char* before = one[0];
+  one.setStringAt(0, "hi");
+  EXPECT_EQ(one[0], before);
+  EXPECT_STREQ(one[0], "hi");
+  one.setStringAt(0, "a much longer text");
+  EXPECT_STREQ(one[0], "a much longer text");
+  one.setStringAt(0, nullptr);
+  EXPECT_STREQ(one[0], "");
+  one.setStringAt(5, "ignored");
+  EXPECT_EQ(one.getNumStrings(), 1);
+
+  NStrings assigned;
+  assigned = list;
+  EXPECT_EQ(entries(assigned), Strings({"x", "y"}));
+  assigned.clear();
+  EXPECT_EQ(assigned.getNumStrings(), 0);
+  EXPECT_EQ(list.getNumStrings(), 2);
+}
+
+TEST(BridgeNStrings, MergeAndApplyDelimiter) {
+  NStrings a("1|2", '|');
+  NStrings b("3|4|5", '|');
+  a.mergeOntoEnd(b);
+  EXPECT_EQ(entries(a), Strings({"1", "2", "3", "4", "5"}));
+  EXPECT_EQ(b.getNumStrings(), 0);
+  a.mergeOntoEnd(a);  // merging a list onto itself changes nothing
+  EXPECT_EQ(a.getNumStrings(), 5);
+  NStrings empty;
+  empty.mergeOntoEnd(a);
+  EXPECT_EQ(empty.getNumStrings(), 5);
+  EXPECT_EQ(a.getNumStrings(), 0);
+
+  NStrings lines("a,b|c||d,", '|');
+  lines.applyDelimiter(',');
+  EXPECT_EQ(entries(lines), Strings({"a", "b", "c", "", "d", ""}));
+}
+
+TEST(BridgeNStrings, FlatSplitting) {
+  struct Case {
+    const char* label;
+    const char* text;
+    const char* delimiter;
+    const char* escape;
+    Strings want;
+  };
+  const Case cases[] = {
+      {"empty delimiter splits lines", "a|b\nc", "", nullptr, {"a|b", "c"}},
+      {"null delimiter splits lines", "a\nb", nullptr, "\\", {"a", "b"}},
+      {"empty text gives no entries", "", "|", nullptr, {}},
+      {"null text gives no entries", nullptr, "|", nullptr, {}},
+      {"first characters used", "a;b\\;c", ";,", "\\x", {"a", "b;c"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    NStrings* list = delimited_string_to_NStrings(c.text, c.delimiter, c.escape);
+    EXPECT_EQ(entries(*list), c.want);
+    NStrings* copy = copy_NStrings(list);
+    EXPECT_TRUE(*copy == *list);
+    char* joined = NStrings_to_string(list);
+    std::string expected;
+    for (std::size_t k = 0; k < c.want.size(); ++k) expected += (k ? "\n" : "") + c.want[k];
+    EXPECT_EQ(joined, expected);
+    utFree(joined);
+    free_NStrings(copy);
+    free_NStrings(list);
+  }
+  EXPECT_EQ(copy_NStrings(nullptr), nullptr);
+  EXPECT_EQ(NStrings_to_string(nullptr), nullptr);
+  free_NStrings(nullptr);
+}
+
+TEST(BridgeNStringsHost, FromHostValues) {
+  gui_objects::ZrArrayPtr numbers(zrCreateDoubleMatrix(1, 4));
+  const double values[] = {1, -std::numeric_limits<double>::infinity(), std::nan(""), 0.5};
+  std::memcpy(zrGetPr(numbers.get()), values, sizeof values);
+  EXPECT_EQ(entries(NStrings(numbers.get())), Strings({"1", "-Inf", "NaN", "0.5"}));
+
+  gui_objects::ZrArrayPtr column(zrCreateDoubleMatrix(2, 1));
+  zrGetPr(column.get())[0] = std::numeric_limits<double>::infinity();
+  zrGetPr(column.get())[1] = 1e20;
+  EXPECT_EQ(entries(NStrings(column.get())), Strings({"Inf", "1e+20"}));
+
+  // A double matrix that is not a vector leaves the list as it was.
+  NStrings kept("keep|me", '|');
+  gui_objects::ZrArrayPtr square(zrCreateDoubleMatrix(2, 2));
+  kept.setUsingMatrix(square.get());
+  EXPECT_EQ(entries(kept), Strings({"keep", "me"}));
+  kept.setUsingMatrix(nullptr);
+  EXPECT_EQ(kept.getNumStrings(), 2);
+
+  const char* rows[] = {"ab", "c", "  d  "};
+  gui_objects::ZrArrayPtr matrix(zrCreateCharMatrixFromStrings(3, rows));
+  EXPECT_EQ(entries(NStrings(matrix.get())), Strings({"ab", "c", "  d"}));
+  gui_objects::ZrArrayPtr single(zrCreateString(" padded "));
+  EXPECT_EQ(entries(NStrings(single.get())), Strings({" padded "}));
+
+  gui_objects::ZrArrayPtr cell(zrCreateCellMatrix(1, 4));
+  zrSetCell(cell.get(), 0, zrCreateString("text"));
+  zrSetCell(cell.get(), 2, zrCreateDoubleScalar(2.5));
+  zrSetCell(cell.get(), 3, zrCreateString(""));
+  EXPECT_EQ(entries(NStrings(cell.get())), Strings({"text", "", "2.5", ""}));
+}
+
+TEST(BridgeNStringsHost, BadValuesRaiseAndLeaveTheListAlone) {
+  const char* field = "f";
+  gui_objects::ZrArrayPtr structure(zrCreateStructMatrix(1, 1, 1, &field));
+  gui_objects::ZrArrayPtr logical(zrCreateLogicalMatrix(1, 2));
+  gui_objects::ZrArrayPtr single(zrCreateNumericMatrix(1, 2, zrSINGLE_CLASS));
+  gui_objects::ZrArrayPtr badCell(zrCreateCellMatrix(2, 1));
+  zrSetCell(badCell.get(), 0, zrCreateString("fine"));
+  zrSetCell(badCell.get(), 1, zrCreateDoubleMatrix(1, 3));  // not a scalar
+  const zrArray_tag* bad[] = {structure.get(), logical.get(), single.get(), badCell.get()};
+  for (const zrArray_tag* value : bad) {
+    SCOPED_TRACE(zrGetClassName(value));
+    NStrings list("old", '|');
+    try {
+      list.setUsingMatrix(value);
+      ADD_FAILURE() << "no error";
+    } catch (const HostError& e) {
+      EXPECT_EQ(e.identifier(), "Tavrix::gui::nstrings::setUsingMatrix::BadArguments");
+    }
+    EXPECT_EQ(entries(list), Strings({"old"}));
+    EXPECT_THROW(free_NStrings(Matrix_to_NStrings(value)), HostError);
+  }
+}
+
+TEST(BridgeNStringsHost, ToHostValues) {
+  const char* rows[] = {"one", "", "three"};
+  NStrings list(3, rows);
+
+  gui_objects::ZrArrayPtr cell(list.toCellArray());
+  ASSERT_TRUE(zrIsCell(cell.get()));
+  EXPECT_EQ(zrGetM(cell.get()), 3u);
+  EXPECT_EQ(zrGetN(cell.get()), 1u);
+  EXPECT_EQ(charArrayText(zrGetCell(cell.get(), 2)), "three");
+
+  gui_objects::ZrArrayPtr matrix(list.toMatrix());
+  ASSERT_TRUE(zrIsChar(matrix.get()));
+  ASSERT_EQ(zrGetM(matrix.get()), 3u);
+  ASSERT_EQ(zrGetN(matrix.get()), 5u);
+  const zrChar* chars = zrGetChars(matrix.get());
+  for (zrSize k = 0; k < 15; ++k) EXPECT_NE(chars[k], 0) << k;
+  EXPECT_EQ(chars[1 + 3 * 4], u' ');  // row 2 is all blanks
+
+  list.setFormat(NStrings::CellArray);
+  gui_objects::ZrArrayPtr asCell(list.toMatrix());
+  EXPECT_TRUE(zrIsCell(asCell.get()));
+  list.setFormat(static_cast<NStrings::OutputFormat>(7));
+  EXPECT_EQ(list.toMatrix(), nullptr);
+
+  gui_objects::ZrArrayPtr none(NStrings_to_CellArray(nullptr));
+  EXPECT_EQ(zrGetNumberOfElements(none.get()), 0u);
+
+  // Round trip through a cell array.
+  NStrings back(cell.get());
+  EXPECT_TRUE(back == list);
+}
+
+TEST(BridgeNStringsHost, AllocationFailuresLeakNothing) {
+  const char* rows[] = {"alpha", "beta", "gamma", "delta"};
+  const NStrings list(4, rows);
+  const std::int64_t live = hostLiveArrayCount();
+  bool succeeded = false;
+  for (std::int64_t budget = 0; !succeeded && budget < 64; ++budget) {
+    SCOPED_TRACE(budget);
+    NStrings target("old|list", '|');
+    try {
+      HostAllocationFailureScope scope(budget);
+      target.setUsingDelimitedString("a|b|c|d|e|f", '|');
+      zrArray_tag* cell = list.toCellArray();
+      zrDestroyArray(cell);
+      zrArray_tag* matrix = list.toMatrix();
+      zrDestroyArray(matrix);
+      succeeded = true;
+    } catch (const HostError& e) {
+      EXPECT_EQ(e.identifier(), kHostOutOfMemoryId);
+      // Either the split finished before the failure or the list is untouched.
+      const Strings now = entries(target);
+      EXPECT_TRUE(now == Strings({"old", "list"}) || now.size() == 6u);
+    }
+    EXPECT_EQ(hostLiveArrayCount(), live);
+  }
+  EXPECT_TRUE(succeeded);
+}
+
+}  // namespace
