@@ -261,7 +261,465 @@ QVGUI_API std::ostream& operator<<(std::ostream& os, const XYZDataConstraints& c
 
 // ---- Camera utilities --------------------------------------------------------------------------
 
+// Kernel types, complete in qvgui/geometry.h (include it to call these).
+class Vector3d;
+class Matrix4x4d;
+class Rectangle2i;
+class Rectangle2d;
+class BoundingVolume;
+class LineSegment3d;
+
+namespace camera_utils {
+
+// Thrown when the automatic camera position comes out infinite (infinite
+// limits, a zero plot-box component). A tag: no base, no data, no message.
+class QVGUI_API BadLimitsException {};
+
+// Thrown when a camera cannot frame a bounding volume: the volume is invalid,
+// not finite or a single point, the viewport is empty, the view angle is not
+// in (0, 180) degrees, or the camera is degenerate (eye on the target, up
+// vector along the line of sight). A tag like BadLimitsException.
+class QVGUI_API CouldNotFitCameraException {};
+
+// ---- Degree trigonometry
+//
+// The angle is first reduced by whole quarter turns (exactly: fmod by 360 is
+// exact, and so is the subtraction of the nearest multiple of 90), and only the
+// remainder in [-45, 45] goes through the radian functions. Multiples of 90
+// therefore give 0 and +-1 exactly, and a zero result is always +0. sind45 and
+// cosd45 additionally give the correctly rounded +-1/sqrt(2) at the odd
+// multiples of 45 (the radian sine of pi/4 is one unit in the last place
+// short). A NaN or infinite angle gives NaN.
+[[nodiscard]] QVGUI_API double sind(double degrees) noexcept;
+[[nodiscard]] QVGUI_API double cosd(double degrees) noexcept;
+[[nodiscard]] QVGUI_API double sind45(double degrees) noexcept;
+[[nodiscard]] QVGUI_API double cosd45(double degrees) noexcept;
+
+// ---- View angles and up vectors
+//
+// The angle tests truncate toward zero (89.9 counts as 89, so it is not a
+// multiple of 90). An angle that is NaN, infinite or outside the range of int
+// has no truncation and is never a multiple of anything: such a view is not
+// two-dimensional and chooseUpVector2D gives the zero vector for it.
+[[nodiscard]] QVGUI_API bool is2D(double azimuth, double elevation) noexcept;
+// Up vector of a two-dimensional view; the zero vector when the elevation is
+// not a multiple of 90 or, looking along z, the azimuth is not.
+[[nodiscard]] QVGUI_API Vector3d chooseUpVector2D(double azimuth, double elevation) noexcept;
+// (0, 0, 1) unless the viewing direction lies exactly along z (x and y exactly
+// zero, z not zero; a NaN counts as nonzero); then (sin -az, cos -az, 0).
+[[nodiscard]] QVGUI_API Vector3d chooseUpVector3D(const Vector3d& direction, double azimuth) noexcept;
+// Unit vector from the target towards the viewer:
+// (sin az cos el, -cos az cos el, sin el), built from the kernel's rotations.
+[[nodiscard]] QVGUI_API Vector3d convertAnglesToDirection(double azimuth, double elevation) noexcept;
+
+// ---- Caller-implemented interfaces
+
+// What the automatic camera rules read from and write to an axes object. The
+// render limits and logarithmic flags are plain data that the implementing
+// subclass fills (the flags through the protected constructor, the limits
+// through setRenderLimits).
+class QVGUI_API CameraModeProxy {
+ public:
+  virtual ~CameraModeProxy();
+
+  [[nodiscard]] virtual bool isCameraTargetModeAuto() const = 0;
+  [[nodiscard]] virtual bool isCameraPositionModeAuto() const = 0;
+  [[nodiscard]] virtual bool isCameraUpVectorModeAuto() const = 0;
+  [[nodiscard]] virtual bool isCamera2D() const = 0;
+  virtual void setCameraTarget(const Point3d& target) = 0;
+  virtual void setCameraPosition(const Point3d& position) = 0;
+  virtual void setCameraUpVector(const Vector3d& up) = 0;
+  [[nodiscard]] virtual Point3d getCameraPosition() const = 0;
+  [[nodiscard]] virtual Point3d getCameraTarget() const = 0;
+  [[nodiscard]] virtual Vector3d getCameraUpVector() const = 0;
+  [[nodiscard]] virtual Point3d getPlotBoxAspectRatio() const = 0;
+  virtual void setView(double azimuth, double elevation) = 0;
+  [[nodiscard]] virtual double getViewAzimuth() const = 0;
+  [[nodiscard]] virtual double getViewElevation() const = 0;
+  [[nodiscard]] virtual bool isAxisReverse(int axis) const = 0;
+
+  // axis 0..2 (x, y, z), which 0 = minimum, 1 = maximum; not range-checked.
+  [[nodiscard]] double getRenderLimit(int axis, int which) const noexcept { return renderLimits_[axis][which]; }
+  // True when the axis is logarithmic.
+  [[nodiscard]] bool isAxisScaleFirst(int axis) const noexcept { return logScale_[axis]; }
+
+ protected:
+  CameraModeProxy() noexcept = default;
+  CameraModeProxy(bool xIsLog, bool yIsLog, bool zIsLog) noexcept : logScale_{xIsLog, yIsLog, zIsLog} {}
+  CameraModeProxy(const CameraModeProxy&) = default;
+  CameraModeProxy& operator=(const CameraModeProxy&) = default;
+
+  void setRenderLimits(int axis, double min, double max) noexcept {
+    renderLimits_[axis][0] = min;
+    renderLimits_[axis][1] = max;
+  }
+
+ private:
+  double renderLimits_[3][2] = {};
+  bool logScale_[3] = {};
+};
+
+// Where the camera fitting publishes a camera placement.
+class QVGUI_API CameraPositionProxy {
+ public:
+  virtual ~CameraPositionProxy();
+  virtual void setPosition(const Point3d& position) = 0;
+  virtual void setTarget(const Point3d& target) = 0;
+  virtual void setUpVector(const Vector3d& up) = 0;
+
+ protected:
+  CameraPositionProxy() noexcept = default;
+  CameraPositionProxy(const CameraPositionProxy&) = default;
+  CameraPositionProxy& operator=(const CameraPositionProxy&) = default;
+};
+
+// What the camera fitting reads about the viewport: its rectangle in pixels
+// (y down), the current transforms and the fitting options.
+class QVGUI_API ViewPortTransformProxy {
+ public:
+  virtual ~ViewPortTransformProxy();
+  [[nodiscard]] virtual Rectangle2d getPosition() const = 0;
+  [[nodiscard]] virtual Matrix4x4d getProjectionTransform() const = 0;
+  [[nodiscard]] virtual Matrix4x4d getViewTransform() const = 0;
+  [[nodiscard]] virtual bool isWarpToFillOff() const = 0;
+  [[nodiscard]] virtual bool isCameraViewAngleModeAuto() const = 0;
+  [[nodiscard]] virtual bool isXConstraint() const = 0;
+
+ protected:
+  ViewPortTransformProxy() noexcept = default;
+  ViewPortTransformProxy(const ViewPortTransformProxy&) = default;
+  ViewPortTransformProxy& operator=(const ViewPortTransformProxy&) = default;
+};
+
+// ---- Automatic camera
+//
+// Derives target, position and up vector of an axes from its limits, plot-box
+// aspect ratio and view angles, for whichever of them is automatic. Throws
+// BadLimitsException when the automatic position is infinite (an automatic
+// target has been set by then, the position has not); a user position equal
+// to the target throws ZeroLengthException before anything is set.
+QVGUI_API void setAutoCameraModes(CameraModeProxy& proxy);
+
+// ---- View, projection and viewport transforms
+//
+// Coordinates: world -> eye (right-handed, the eye at the origin looking down
+// -z, up along +y) -> clip/normalised device coordinates in [-1, 1]^3 ->
+// pixels. The pixel rectangle has y growing downwards, so NDC +y maps to the
+// rectangle's yMin; NDC depth -1..1 maps to 0..1.
+
+// Look-at transform. Throws CouldNotFitCameraException when position and
+// target coincide, the up vector is zero or along the line of sight, or the
+// result would not be finite.
+[[nodiscard]] QVGUI_API Matrix4x4d makeViewTransform(const Point3d& position, const Point3d& target,
+                                                     const Vector3d& up);
+// Normalised device coordinates to the pixels of the viewport.
+[[nodiscard]] QVGUI_API Matrix4x4d makeViewPortTransform(const Rectangle2d& viewport) noexcept;
+// World to pixels: makeViewPortTransform(getPosition) x projection x view.
+[[nodiscard]] QVGUI_API Matrix4x4d makeWorldToPixelTransform(const ViewPortTransformProxy& viewport);
+
+// Full height of the smallest orthographic view window, centred on the line
+// of sight of `view`, that holds every corner of `volume` when the window is
+// `aspectRatio` (width / height) times as wide as high. Zero for a volume that
+// projects to the line of sight; NaN propagates.
+[[nodiscard]] QVGUI_API double computeHeight(const Matrix4x4d& view, const BoundingVolume& volume,
+                                             double aspectRatio);
+
+// Orthographic projection through which every corner of `volume`, seen
+// through viewport.getViewTransform(), lands inside viewport.getPosition().
+// With warp-to-fill off the window keeps the viewport's aspect ratio; with it
+// on, width and height are fitted independently (the picture stretches to
+// fill). Near and far enclose the volume with a margin of 1% of its size.
+// Throws CouldNotFitCameraException (see above).
+[[nodiscard]] QVGUI_API Matrix4x4d fitOrthographicCamera(const ViewPortTransformProxy& viewport,
+                                                         const BoundingVolume& volume);
+
+// Perspective fit that keeps the target, the up vector, the line of sight and
+// the vertical view angle (degrees, in (0, 180)) and moves the camera along
+// the line of sight, nearer or farther, until every corner of `volume` lands
+// inside viewport.getPosition(); the frustum keeps the viewport's aspect
+// ratio. The new position goes to camera.setPosition (target and up vector
+// are left alone) and the perspective projection is returned; the camera
+// stays in front of the target and of the volume. Throws
+// CouldNotFitCameraException (see above) without publishing anything.
+[[nodiscard]] QVGUI_API Matrix4x4d fitPerspectiveCameraByPosition(const ViewPortTransformProxy& viewport,
+                                                                  CameraPositionProxy& camera,
+                                                                  const BoundingVolume& volume,
+                                                                  const Point3d& position, const Point3d& target,
+                                                                  const Vector3d& up, double viewAngle);
+
+// ---- Do-nothing implementations for tests
+namespace test {
+
+// Every query answers false or a zero value; every setter ignores its input.
+class QVGUI_API NullCameraModeProxy : public CameraModeProxy {
+ public:
+  NullCameraModeProxy() noexcept = default;
+  ~NullCameraModeProxy() override;
+  bool isCameraTargetModeAuto() const override;
+  bool isCameraPositionModeAuto() const override;
+  bool isCameraUpVectorModeAuto() const override;
+  bool isCamera2D() const override;
+  void setCameraTarget(const Point3d&) override;
+  void setCameraPosition(const Point3d&) override;
+  void setCameraUpVector(const Vector3d&) override;
+  Point3d getCameraPosition() const override;
+  Point3d getCameraTarget() const override;
+  Vector3d getCameraUpVector() const override;
+  Point3d getPlotBoxAspectRatio() const override;
+  void setView(double, double) override;
+  double getViewAzimuth() const override;
+  double getViewElevation() const override;
+  bool isAxisReverse(int) const override;
+};
+
+class QVGUI_API NullCameraPositionProxy : public CameraPositionProxy {
+ public:
+  NullCameraPositionProxy() noexcept = default;
+  ~NullCameraPositionProxy() override;
+  void setPosition(const Point3d&) override;
+  void setTarget(const Point3d&) override;
+  void setUpVector(const Vector3d&) override;
+};
+
+// An empty viewport, identity transforms, every flag false.
+class QVGUI_API NullViewPortTransformProxy : public ViewPortTransformProxy {
+ public:
+  NullViewPortTransformProxy() noexcept = default;
+  ~NullViewPortTransformProxy() override;
+  Rectangle2d getPosition() const override;
+  Matrix4x4d getProjectionTransform() const override;
+  Matrix4x4d getViewTransform() const override;
+  bool isWarpToFillOff() const override;
+  bool isCameraViewAngleModeAuto() const override;
+  bool isXConstraint() const override;
+};
+
+}  // namespace test
+}  // namespace camera_utils
+
 // ---- Data-space utilities ----------------------------------------------------------------------
+
+namespace data_space_utils {
+
+// ---- Caller-implemented interfaces
+
+// The limits and aspect ratios of an axes object, as the aspect-ratio rules
+// read and publish them. Axis 0..2 is x, y, z; which 0 = minimum, 1 = maximum.
+class QVGUI_API AxisLimitsProxy {
+ public:
+  virtual ~AxisLimitsProxy();
+  virtual void setAxisLimits(int axis, double min, double max) = 0;
+  [[nodiscard]] virtual double getAxisLimit(int axis, int which) const = 0;
+  [[nodiscard]] virtual bool isManual(int axis) const = 0;
+  [[nodiscard]] virtual bool getAxisScaleIsLog(int axis) const = 0;
+  [[nodiscard]] virtual Vector3d getPlotBoxAspectRatio() const = 0;
+  virtual void setPlotBoxAspectRatio(const Vector3d& ratio) = 0;
+  [[nodiscard]] virtual Vector3d getDataAspectRatio() const = 0;
+  virtual void setDataAspectRatio(const Vector3d& ratio) = 0;
+  [[nodiscard]] virtual bool getPlotBoxAspectRatioModeIsAuto() const = 0;
+  [[nodiscard]] virtual bool getDataAspectRatioModeIsAuto() const = 0;
+  // The two-number form: plot box x / y and data aspect y / x.
+  virtual void setOldStyleAspectRatio(double plotBoxXOverY, double dataYOverX) = 0;
+
+ protected:
+  AxisLimitsProxy() noexcept = default;
+  AxisLimitsProxy(const AxisLimitsProxy&) = default;
+  AxisLimitsProxy& operator=(const AxisLimitsProxy&) = default;
+};
+
+// The render limits (the limits actually drawn) of an axes object.
+class QVGUI_API RenderLimitsProxy {
+ public:
+  virtual ~RenderLimitsProxy();
+  [[nodiscard]] virtual double getRenderLimit(int axis, int which) const = 0;
+  virtual void setRenderLimits(int axis, double min, double max) = 0;
+  // Marks that both the plot-box and the data aspect ratio constrain the axis.
+  virtual void setBothPlotAndDataAspectRatio_manual(int axis, bool both) = 0;
+  // True when the axis' limits take part in the common scale.
+  virtual bool isLimitStateNormal(int axis) = 0;
+
+ protected:
+  RenderLimitsProxy() noexcept = default;
+  RenderLimitsProxy(const RenderLimitsProxy&) = default;
+  RenderLimitsProxy& operator=(const RenderLimitsProxy&) = default;
+};
+
+// What makeNormalizingTransform reads. The reverse flags are plain data set
+// through the protected constructor.
+class QVGUI_API TransformProxy {
+ public:
+  virtual ~TransformProxy();
+  [[nodiscard]] virtual double getRenderLimit(int axis, int which) const = 0;
+  [[nodiscard]] virtual bool isLog(int axis) const = 0;
+  [[nodiscard]] virtual Vector3d getPlotBoxAspectRatio() const = 0;
+
+  // axis 0..2; not range-checked.
+  [[nodiscard]] bool isAxisReverse(int axis) const noexcept { return reverse_[axis]; }
+
+ protected:
+  TransformProxy() noexcept = default;
+  TransformProxy(bool xReverse, bool yReverse, bool zReverse) noexcept : reverse_{xReverse, yReverse, zReverse} {}
+  TransformProxy(const TransformProxy&) = default;
+  TransformProxy& operator=(const TransformProxy&) = default;
+
+ private:
+  bool reverse_[3] = {};
+};
+
+// How an axes object maps render-space data to its pixels.
+//
+// Render space is data space with log10 applied on logarithmic axes. A
+// render-space point d goes to normalised coordinates n = d * scale + offset
+// (per axis), and the render transform R (column-major 4x4, whose inverse
+// getInvRenderTransform returns) takes n to pixels relative to the minimum
+// corner of getSmallbounds (the axes' pixel rectangle in its window, y down),
+// with depth in the box's z range reported by getBoxZRange (out[0] near,
+// out[1] far, in R's depth units).
+class QVGUI_API AxesScaleInfo {
+ public:
+  virtual ~AxesScaleInfo();
+  [[nodiscard]] virtual const double* getInvRenderTransform() = 0;  // 16 values
+  [[nodiscard]] virtual const double* getRenderOffset() = 0;        // 3 values
+  [[nodiscard]] virtual const double* getRenderScale() = 0;         // 3 values
+  [[nodiscard]] virtual Rectangle2i getSmallbounds() = 0;
+  virtual void getBoxZRange(double* out) = 0;  // writes 2 values
+
+ protected:
+  AxesScaleInfo() noexcept = default;
+  AxesScaleInfo(const AxesScaleInfo&) = default;
+  AxesScaleInfo& operator=(const AxesScaleInfo&) = default;
+};
+
+// The box of an axes in data units and where its camera looks from. The
+// camera is given in data units as well (only the side of the box it is on
+// matters).
+class QVGUI_API AxesBounds {
+ public:
+  virtual ~AxesBounds();
+  [[nodiscard]] virtual double getRenderLimit(int axis, int which) = 0;
+  [[nodiscard]] virtual bool isLog(int axis) = 0;
+  [[nodiscard]] virtual Point3d getCameraPosition() = 0;
+  [[nodiscard]] virtual Point3d getCameraTarget() = 0;
+
+ protected:
+  AxesBounds() noexcept = default;
+  AxesBounds(const AxesBounds&) = default;
+  AxesBounds& operator=(const AxesBounds&) = default;
+};
+
+// ---- Aspect ratios
+//
+// Keeps a box from growing more elongated than `limit` (largest over smallest
+// component). Returns `ratios` itself, unnormalised, when it already is within
+// the limit; otherwise a unit vector whose largest ratio is `limit`. The
+// components are expected positive; zero or NaN components give NaN, never an
+// exception.
+[[nodiscard]] QVGUI_API Vector3d restrictAspectRatios(const Vector3d& ratios, double limit);
+
+// Settles plot-box aspect ratio, data aspect ratio and automatic limits of an
+// axes against one another, according to which of them the user fixed.
+// Nothing is validated: zero spans and zero ratios propagate as infinities or
+// NaN into what is published.
+QVGUI_API void computeAspectRatios(RenderLimitsProxy& render, AxisLimitsProxy& limits, double limit);
+
+// ---- Data-space transforms
+
+// Render space (see AxesScaleInfo) to the normalised plot box: axis k's
+// render limits map onto [-p_k / 2, p_k / 2], with p the plot-box aspect ratio
+// divided by its largest component, so the box fits the cube [-0.5, 0.5]^3; a
+// reversed axis maps its minimum to the upper end. Throws InvalidBoundsException
+// for limits that are not finite, not increasing, or not positive on a
+// logarithmic axis, and for a plot-box ratio that is not finite and positive.
+[[nodiscard]] QVGUI_API Matrix4x4d makeNormalizingTransform(const TransformProxy& proxy);
+
+// The pick line under a window pixel: the render-space segment from the
+// box's near depth to its far depth (getBoxZRange) through that pixel. An
+// invalid (default) segment when the inverse transform sends either end to or
+// behind the eye (w <= 0) or the result is not finite.
+[[nodiscard]] QVGUI_API LineSegment3d pixelToData(AxesScaleInfo& info, const Point2d& pixel);
+// A window pixel with depth (in the render transform's depth units) back to
+// render space. Throws InvalidWException when the inverse sends it to w <= 0.
+[[nodiscard]] QVGUI_API Point3d pixelToData(AxesScaleInfo& info, const Point3d& pixel);
+
+// The part of a render-space segment inside the axes box (render limits,
+// log10 on logarithmic axes), in the segment's direction, in render space.
+// An invalid segment when it misses the box, the input is invalid, or a limit
+// is unusable (NaN, not positive on a logarithmic axis). Touching counts.
+[[nodiscard]] QVGUI_API LineSegment3d intersectWithAxesBounds(const LineSegment3d& segment, AxesBounds& bounds);
+
+// The corner of the axes box where the main x and y axis lines meet, in data
+// units: x and y take the limit on the camera's side of the box, z the limit
+// away from the camera (the floor as seen from above). The x axis is drawn
+// along (t, c.y, c.z), the y axis along (c.x, t, c.z). Where the camera is level
+// with the target along an axis the minimum is taken.
+[[nodiscard]] QVGUI_API Point3d computeMainAxesIntercepts(AxesBounds& bounds);
+
+// ---- Do-nothing implementations for tests
+namespace test {
+
+class QVGUI_API NullAxisLimitsProxy : public AxisLimitsProxy {
+ public:
+  NullAxisLimitsProxy() noexcept = default;
+  ~NullAxisLimitsProxy() override;
+  void setAxisLimits(int, double, double) override;
+  double getAxisLimit(int, int) const override;
+  bool isManual(int) const override;
+  bool getAxisScaleIsLog(int) const override;
+  Vector3d getPlotBoxAspectRatio() const override;
+  void setPlotBoxAspectRatio(const Vector3d&) override;
+  Vector3d getDataAspectRatio() const override;
+  void setDataAspectRatio(const Vector3d&) override;
+  bool getPlotBoxAspectRatioModeIsAuto() const override;
+  bool getDataAspectRatioModeIsAuto() const override;
+  void setOldStyleAspectRatio(double, double) override;
+};
+
+class QVGUI_API NullRenderLimitsProxy : public RenderLimitsProxy {
+ public:
+  NullRenderLimitsProxy() noexcept = default;
+  ~NullRenderLimitsProxy() override;
+  double getRenderLimit(int, int) const override;
+  void setRenderLimits(int, double, double) override;
+  void setBothPlotAndDataAspectRatio_manual(int, bool) override;
+  bool isLimitStateNormal(int) override;
+};
+
+// Render limits [0, 1], linear axes, plot box (1, 1, 1), nothing reversed.
+class QVGUI_API NullTransformProxy : public TransformProxy {
+ public:
+  NullTransformProxy() noexcept = default;
+  ~NullTransformProxy() override;
+  double getRenderLimit(int, int which) const override;
+  bool isLog(int) const override;
+  Vector3d getPlotBoxAspectRatio() const override;
+};
+
+// Identity transforms, unit scale, zero offset, an empty pixel rectangle and
+// the depth range [-1, 1].
+class QVGUI_API NullAxesScaleInfo : public AxesScaleInfo {
+ public:
+  NullAxesScaleInfo() noexcept = default;
+  ~NullAxesScaleInfo() override;
+  const double* getInvRenderTransform() override;
+  const double* getRenderOffset() override;
+  const double* getRenderScale() override;
+  Rectangle2i getSmallbounds() override;
+  void getBoxZRange(double* out) override;
+};
+
+// Limits zero, linear axes, camera and target at the origin.
+class QVGUI_API NullAxesBounds : public AxesBounds {
+ public:
+  NullAxesBounds() noexcept = default;
+  ~NullAxesBounds() override;
+  double getRenderLimit(int, int) override;
+  bool isLog(int) override;
+  Point3d getCameraPosition() override;
+  Point3d getCameraTarget() override;
+};
+
+}  // namespace test
+}  // namespace data_space_utils
 
 // ---- Tick picker -------------------------------------------------------------------------------
 //

@@ -1,0 +1,296 @@
+// The automatic camera: target, position, derived view angles and up vector,
+// through a fake axes object that records what it is told.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qvgui/dataspace.h"
+#include "qvgui/geometry.h"
+
+namespace cu = gui_objects::camera_utils;
+using gui_objects::Point3d;
+using gui_objects::Vector3d;
+
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+const double kRoot3 = std::sqrt(3.0);
+
+struct Axis {
+  double min = 0.0;
+  double max = 1.0;
+  bool log = false;
+  bool reverse = false;
+};
+
+class FakeAxes : public cu::CameraModeProxy {
+ public:
+  FakeAxes(const Axis (&axes)[3], Point3d box, double az, double el)
+      : CameraModeProxy(axes[0].log, axes[1].log, axes[2].log), box_(box), az_(az), el_(el) {
+    for (int k = 0; k < 3; ++k) {
+      setRenderLimits(k, axes[k].min, axes[k].max);
+      reverse_[k] = axes[k].reverse;
+    }
+  }
+
+  bool targetAuto = true;
+  bool positionAuto = true;
+  bool upAuto = true;
+  bool twoD = false;
+  Point3d target;
+  Point3d position;
+  Vector3d up;
+  std::vector<std::string> calls;
+
+  bool isCameraTargetModeAuto() const override { return targetAuto; }
+  bool isCameraPositionModeAuto() const override { return positionAuto; }
+  bool isCameraUpVectorModeAuto() const override { return upAuto; }
+  bool isCamera2D() const override { return twoD; }
+  void setCameraTarget(const Point3d& p) override {
+    calls.push_back("target");
+    target = p;
+  }
+  void setCameraPosition(const Point3d& p) override {
+    calls.push_back("position");
+    position = p;
+  }
+  void setCameraUpVector(const Vector3d& v) override {
+    calls.push_back("up");
+    up = v;
+  }
+  Point3d getCameraPosition() const override { return position; }
+  Point3d getCameraTarget() const override { return target; }
+  Vector3d getCameraUpVector() const override { return up; }
+  Point3d getPlotBoxAspectRatio() const override { return box_; }
+  void setView(double az, double el) override {
+    calls.push_back("view");
+    az_ = az;
+    el_ = el;
+  }
+  double getViewAzimuth() const override { return az_; }
+  double getViewElevation() const override { return el_; }
+  bool isAxisReverse(int axis) const override { return reverse_[axis]; }
+
+ private:
+  Point3d box_;
+  double az_;
+  double el_;
+  bool reverse_[3] = {};
+};
+
+void expectNear(const Point3d& actual, const Point3d& expected, double tol) {
+  EXPECT_NEAR(actual.getX(), expected.getX(), tol) << actual;
+  EXPECT_NEAR(actual.getY(), expected.getY(), tol) << actual;
+  EXPECT_NEAR(actual.getZ(), expected.getZ(), tol) << actual;
+}
+
+}  // namespace
+
+TEST(SetAutoCameraModes, AutomaticTargetAndPosition) {
+  struct Case {
+    const char* label;
+    Axis axes[3];
+    Point3d box;
+    double az;
+    double el;
+    Point3d target;
+    Point3d position;
+  };
+  const Case cases[] = {
+      {"front view of the unit box",
+       {{}, {}, {}},
+       Point3d(1, 1, 1),
+       0,
+       0,
+       Point3d(0.5, 0.5, 0.5),
+       Point3d(0.5, 0.5 - 5 * kRoot3, 0.5)},
+      {"from the right",
+       {{}, {}, {}},
+       Point3d(1, 1, 1),
+       90,
+       0,
+       Point3d(0.5, 0.5, 0.5),
+       Point3d(0.5 + 5 * kRoot3, 0.5, 0.5)},
+      {"from above, wide limits",
+       {{-2, 2}, {0, 10}, {0, 1}},
+       Point3d(1, 1, 1),
+       0,
+       90,
+       Point3d(0, 5, 0.5),
+       Point3d(0, 5, 0.5 + 5 * kRoot3)},
+      // Plot box (2, 1, 2): d = 3; ox = 5*3/2 in box units = 7.5, times span 4.
+      {"flat plot box",
+       {{0, 4}, {}, {}},
+       Point3d(2, 1, 2),
+       90,
+       0,
+       Point3d(2, 0.5, 0.5),
+       Point3d(32, 0.5, 0.5)},
+      // z logarithmic [1, 100]: centre 50.5, offset 5*sqrt3 * (100/1 - 1) * 1.
+      {"logarithmic z from above",
+       {{}, {}, {1, 100, true}},
+       Point3d(1, 1, 1),
+       0,
+       90,
+       Point3d(0.5, 0.5, 50.5),
+       Point3d(0.5, 0.5, 50.5 + 495 * kRoot3)},
+      // Reversed x mirrors the position about the centre.
+      {"reversed x from the right",
+       {{0, 2, false, true}, {}, {}},
+       Point3d(1, 1, 1),
+       90,
+       0,
+       Point3d(1, 0.5, 0.5),
+       Point3d(1 - 10 * kRoot3, 0.5, 0.5)},
+      {"reversed y from the front",
+       {{}, {0, 1, false, true}, {}},
+       Point3d(1, 1, 1),
+       0,
+       0,
+       Point3d(0.5, 0.5, 0.5),
+       Point3d(0.5, 0.5 + 5 * kRoot3, 0.5)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeAxes axes(c.axes, c.box, c.az, c.el);
+    cu::setAutoCameraModes(axes);
+    expectNear(axes.target, c.target, 1e-12);
+    expectNear(axes.position, c.position, 1e-12);
+  }
+}
+
+TEST(SetAutoCameraModes, QuarterTurnOffsetsAreExactlyZero) {
+  // From straight above, the x and y offsets must vanish exactly: with a
+  // naive cos(90 degrees) the position would drift off the vertical and the
+  // up vector would fall back to (0, 0, 1).
+  const Axis axes[3] = {{0, 1e6}, {0, 1e6}, {}};
+  FakeAxes fake(axes, Point3d(1, 1, 1), 30.0, 90.0);
+  cu::setAutoCameraModes(fake);
+  EXPECT_EQ(fake.position.getX(), 5e5);
+  EXPECT_EQ(fake.position.getY(), 5e5);
+  EXPECT_NEAR(fake.up.getX(), -0.5, 1e-15);
+  EXPECT_NEAR(fake.up.getY(), std::sqrt(3.0) / 2, 1e-15);
+  EXPECT_EQ(fake.up.getZ(), 0.0);
+}
+
+TEST(SetAutoCameraModes, UpVectorFollowsTheTwoDimensionalFlag) {
+  const Axis axes[3] = {{}, {}, {}};
+  {
+    SCOPED_TRACE("automatic position takes the proxy's flag");
+    FakeAxes fake(axes, Point3d(1, 1, 1), 90.0, 90.0);
+    fake.twoD = true;
+    cu::setAutoCameraModes(fake);
+    EXPECT_EQ(fake.up, Vector3d(-1, 0, 0));
+  }
+  {
+    SCOPED_TRACE("three-dimensional view");
+    FakeAxes fake(axes, Point3d(1, 1, 1), -37.5, 30.0);
+    cu::setAutoCameraModes(fake);
+    EXPECT_EQ(fake.up, Vector3d(0, 0, 1));
+  }
+  {
+    SCOPED_TRACE("manual up vector is left alone");
+    FakeAxes fake(axes, Point3d(1, 1, 1), -37.5, 30.0);
+    fake.upAuto = false;
+    fake.up = Vector3d(1, 2, 3);
+    cu::setAutoCameraModes(fake);
+    EXPECT_EQ(fake.up, Vector3d(1, 2, 3));
+    EXPECT_EQ(fake.calls, (std::vector<std::string>{"target", "position"}));
+  }
+}
+
+TEST(SetAutoCameraModes, ManualPositionDerivesTheViewAngles) {
+  const Axis axes[3] = {{}, {}, {}};
+  FakeAxes fake(axes, Point3d(1, 1, 1), 12.0, 34.0);
+  fake.positionAuto = false;
+  fake.position = Point3d(0.5, 0.5, 10.0);
+  cu::setAutoCameraModes(fake);
+  EXPECT_EQ(fake.getViewAzimuth(), 0.0);
+  EXPECT_NEAR(fake.getViewElevation(), 90.0, 1e-12);
+  // Derived angles 0/90 make the view two-dimensional: the top-view up vector.
+  EXPECT_EQ(fake.up, Vector3d(0, 1, 0));
+  EXPECT_EQ(fake.calls, (std::vector<std::string>{"target", "view", "up"}));
+}
+
+TEST(SetAutoCameraModes, DerivedAnglesInvertTheAutomaticPosition) {
+  // Property: placing the camera automatically for (az, el) and then handing
+  // that position back as a manual one recovers (az, el), whatever the
+  // limits, logarithmic and reversed axes. (The derivation divides by the
+  // plot box in data units, which inverts the placement for a cubic box of any
+  // size; an elongated box skews the derived angles.)
+  std::mt19937_64 rng(99);
+  std::uniform_real_distribution<double> azd(-179.0, 179.0);
+  std::uniform_real_distribution<double> eld(-89.0, 89.0);
+  std::uniform_real_distribution<double> boxd(0.2, 5.0);
+  std::uniform_real_distribution<double> lod(-50.0, 50.0);
+  std::uniform_real_distribution<double> spand(0.01, 100.0);
+  std::bernoulli_distribution coin(0.3);
+  for (int i = 0; i < 500; ++i) {
+    Axis axes[3];
+    for (Axis& a : axes) {
+      a.log = coin(rng);
+      a.reverse = coin(rng);
+      a.min = a.log ? std::exp(lod(rng) / 10) : lod(rng);
+      a.max = a.log ? a.min * (1 + spand(rng)) : a.min + spand(rng);
+    }
+    const double az = azd(rng);
+    const double el = eld(rng);
+    const double side = boxd(rng);
+    const Point3d box(side, side, side);
+    SCOPED_TRACE(testing::Message() << "case " << i << " az " << az << " el " << el);
+    FakeAxes automatic(axes, box, az, el);
+    cu::setAutoCameraModes(automatic);
+
+    FakeAxes manual(axes, box, 0.0, 0.0);
+    manual.positionAuto = false;
+    manual.position = automatic.position;
+    cu::setAutoCameraModes(manual);
+    ASSERT_NEAR(manual.getViewAzimuth(), az, 1e-7);
+    ASSERT_NEAR(manual.getViewElevation(), el, 1e-7);
+  }
+}
+
+TEST(SetAutoCameraModes, InfinitePositionThrowsBeforeSettingIt) {
+  struct Case {
+    const char* label;
+    Axis axes[3];
+    Point3d box;
+  };
+  const Case cases[] = {
+      {"infinite limit", {{0, kInf}, {}, {}}, Point3d(1, 1, 1)},
+      {"zero plot-box component", {{}, {}, {}}, Point3d(1, 0, 1)},
+      {"infinite logarithmic limit", {{}, {}, {1, kInf, true}}, Point3d(1, 1, 1)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    // Azimuth 37.5: the x offset is positive, so an infinite upper x limit
+    // gives inf + inf (an infinite position), not inf - inf (NaN, no throw).
+    FakeAxes fake(c.axes, c.box, 37.5, 30.0);
+    EXPECT_THROW(cu::setAutoCameraModes(fake), cu::BadLimitsException);
+    EXPECT_EQ(fake.calls, (std::vector<std::string>{"target"}));
+  }
+}
+
+TEST(SetAutoCameraModes, CameraOnItsTargetIsRejectedBeforeAnyViewChange) {
+  const Axis axes[3] = {{}, {}, {}};
+  FakeAxes fake(axes, Point3d(1, 1, 1), -37.5, 30.0);
+  fake.positionAuto = false;
+  fake.targetAuto = false;
+  fake.position = Point3d(0.5, 0.5, 0.5);
+  fake.target = Point3d(0.5, 0.5, 0.5);
+  EXPECT_THROW(cu::setAutoCameraModes(fake), gui_objects::ZeroLengthException);
+  EXPECT_TRUE(fake.calls.empty());
+}
+
+TEST(CameraTestDoubles, NullProxiesDoNothing) {
+  cu::test::NullCameraModeProxy mode;
+  EXPECT_FALSE(mode.isCameraTargetModeAuto());
+  EXPECT_EQ(mode.getRenderLimit(2, 1), 0.0);
+  EXPECT_FALSE(mode.isAxisScaleFirst(0));
+  cu::test::NullViewPortTransformProxy viewport;
+  EXPECT_TRUE(viewport.getViewTransform().isIdentity());
+}
