@@ -3,6 +3,7 @@
 
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <ctime>
 
@@ -16,7 +17,10 @@ namespace {
 std::int64_t g_budget = -1;
 }  // namespace
 
+// No object may be larger than PTRDIFF_MAX; such requests fail here instead of
+// reaching malloc (which some checking allocators treat as fatal).
 void consumeAllocation(std::size_t bytes) {
+  if (bytes > static_cast<std::size_t>(PTRDIFF_MAX)) throwOutOfMemory(bytes);
   if (g_budget < 0) return;
   if (g_budget == 0) throwOutOfMemory(bytes);
   --g_budget;
