@@ -6,6 +6,12 @@
 
 namespace gui_objects {
 
+namespace {
+bool allFinite(Vector3d const& v) noexcept {
+  return std::isfinite(v.getX()) && std::isfinite(v.getY()) && std::isfinite(v.getZ());
+}
+}  // namespace
+
 // ---- Projector ----------------------------------------------------------------------
 
 struct Projector::Impl {
@@ -35,6 +41,8 @@ void Projector::setProjection(Plane3d const& plane) noexcept {
     v.normalize();
     Vector3d const u = v.cross(n);
     Point3d const origin = plane.nearestPointOnPlane(Point3d(0.0, 0.0, 0.0));
+    // A NaN normal normalises without complaint; treat it as degenerate too.
+    if (!allFinite(u) || !allFinite(v) || !allFinite(Vector3d(origin))) return;
     impl_->u = u;
     impl_->v = v;
     impl_->origin = origin;

@@ -181,8 +181,8 @@ class QVGUI_API Projector {
   Projector& operator=(Projector const& other);
   ~Projector();
 
-  // Never throws: a plane whose normal cannot be normalised is stored but the
-  // previous axes and origin stay.
+  // Never throws: a plane whose normal cannot be normalised (zero, or not
+  // finite) is stored but the previous axes and origin stay.
   void setProjection(Plane3d const& plane) noexcept;
 
   [[nodiscard]] Point2d project(Point3d const& p) const noexcept;
