@@ -498,8 +498,10 @@ class QVGUI_API MCallback {
   };
 
   void initialise(const char* text, const char* functionName, const zrArray_tag* function);
-  bool runOne(const zrArray_tag* const* args, int argCount);
-  void processException(const ScriptException& error);
+  void attachHooks() noexcept;
+  void freeFields() noexcept;
+  bool runOne(const zrArray_tag* source, const zrArray_tag* const* args, int argCount) noexcept;
+  void processException(const ScriptException& error) noexcept;
   [[nodiscard]] std::string displayName() const;
 
   char* text_ = nullptr;
