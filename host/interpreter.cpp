@@ -27,6 +27,7 @@ bool g_terminating = false;
 bool g_interruptsEnabled = false;
 std::vector<ScriptException> g_unhandled;
 std::size_t g_unhandledInterrupts = 0;
+std::size_t g_workspacePublications = 0;
 
 const char* orEmpty(const char* s) { return s != nullptr ? s : ""; }
 
@@ -219,8 +220,9 @@ std::vector<ArrayPtr> evaluateAll(const std::vector<std::unique_ptr<Node>>& node
 // A call written name(args): index a variable, call the function a handle
 // variable names, or call the function of that name.
 std::vector<ArrayPtr> call(const Node& n, int nlhs) {
-  const auto var = workspace().find(n.text);
+  // The arguments first: a function they call may change the workspace.
   std::vector<ArrayPtr> args = evaluateAll(n.children);
+  const auto var = workspace().find(n.text);
   if (var != workspace().end() && var->second->classID != zrFUNCTION_CLASS) {
     std::vector<ArrayPtr> out;
     out.push_back(index(var->second.get(), args));
@@ -435,6 +437,9 @@ zrArray_tag* hostGetVariable(const char* name) {
 }
 
 void hostClearWorkspace() { workspace().clear(); }
+
+void hostPublishWorkspaceEvents() { ++g_workspacePublications; }
+std::size_t hostWorkspaceEventsPublished() { return g_workspacePublications; }
 
 bool hostIsTerminating() { return g_terminating; }
 void hostSetTerminating(bool terminating) { g_terminating = terminating; }

@@ -344,6 +344,28 @@ TEST_F(HostInterpreter, WorkspaceHoldsCopies) {
   EXPECT_EQ(variable("w"), nullptr);
 }
 
+// Registered functions may run code themselves and change the workspace in
+// the middle of a statement that uses it.
+TEST_F(HostInterpreter, ReentrantEvaluation) {
+  hostRegisterFunction("forget", [](int, zrArray_tag** plhs, int, const zrArray_tag* const*) {
+    hostSetVariable("m", nullptr);
+    plhs[0] = zrCreateDoubleScalar(1);
+  });
+  hostRegisterFunction("nested", [](int, zrArray_tag** plhs, int, const zrArray_tag* const*) {
+    hostEvalString("inner = outer + 1");
+    plhs[0] = hostGetVariable("inner");
+  });
+  hostEvalString("m = [1 2 3]");
+  const ScriptException e = scriptError("y = m(forget())");
+  EXPECT_EQ(e.identifier(), "Tavrix::host::UndefinedFunction") << "m is no longer a variable";
+  hostEvalString("outer = 41; r = nested() * 2");
+  EXPECT_EQ(doubles(variable("r").get())[0], 84);
+  const ScriptException n = scriptError("outer = @sin; nested()");
+  EXPECT_EQ(n.identifier(), "Tavrix::host::UndefinedOperator");
+  hostUnregisterFunction("forget");
+  hostUnregisterFunction("nested");
+}
+
 TEST_F(HostInterpreter, UnhandledReportsAndFlags) {
   hostClearUnhandledExceptions();
   HostConsoleCapture capture;

@@ -366,6 +366,10 @@ QVHOST_API void hostCallFunctionByName(const char* name, int nlhs, zrArray_tag**
 QVHOST_API void hostSetVariable(const char* name, const zrArray_tag* value);
 QVHOST_API zrArray_tag* hostGetVariable(const char* name);
 QVHOST_API void hostClearWorkspace();
+// Publishes the workspace changes of user code to the host's listeners (the
+// reference runtime has none and only counts the publications, for tests).
+QVHOST_API void hostPublishWorkspaceEvents();
+QVHOST_API std::size_t hostWorkspaceEventsPublished();
 
 // The terminating flag: set while the host shuts down; callbacks do not run then.
 QVHOST_API bool hostIsTerminating();
