@@ -1,0 +1,489 @@
+// Data-space transforms: the normalising transform, picking pixels back into
+// render space, clipping a pick line to the axes box, and the main-axes corner.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+#include "qvgui/dataspace.h"
+#include "qvgui/geometry.h"
+
+namespace cu = gui_objects::camera_utils;
+namespace ds = gui_objects::data_space_utils;
+using gui_objects::LineSegment3d;
+using gui_objects::Matrix4x4d;
+using gui_objects::Point2d;
+using gui_objects::Point3d;
+using gui_objects::Point4d;
+using gui_objects::Rectangle2d;
+using gui_objects::Rectangle2i;
+using gui_objects::Vector3d;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+class FakeTransformProxy : public ds::TransformProxy {
+ public:
+  FakeTransformProxy(bool rx, bool ry, bool rz) : TransformProxy(rx, ry, rz) {}
+  double limits[3][2] = {{0, 1}, {0, 1}, {0, 1}};
+  bool log[3] = {};
+  Vector3d box{1, 1, 1};
+  double getRenderLimit(int axis, int which) const override { return limits[axis][which]; }
+  bool isLog(int axis) const override { return log[axis]; }
+  Vector3d getPlotBoxAspectRatio() const override { return box; }
+};
+
+Point3d apply(const Matrix4x4d& m, const Point3d& p) { return transform(m, p).project(); }
+
+}  // namespace
+
+TEST(MakeNormalizingTransform, MapsRenderLimitsOntoThePlotBox) {
+  struct Case {
+    const char* label;
+    double limits[3][2];
+    bool log[3];
+    bool reverse[3];
+    Vector3d box;
+    Point3d lowCorner;   // where (x min, y min, z min) lands
+    Point3d highCorner;  // where (x max, y max, z max) lands
+  };
+  const Case cases[] = {
+      {"unit cube",
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       {},
+       Vector3d(1, 1, 1),
+       Point3d(-0.5, -0.5, -0.5),
+       Point3d(0.5, 0.5, 0.5)},
+      {"elongated box, shifted limits",
+       {{0, 10}, {-5, 5}, {100, 200}},
+       {},
+       {},
+       Vector3d(1, 2, 1),
+       Point3d(-0.25, -0.5, -0.25),
+       Point3d(0.25, 0.5, 0.25)},
+      {"reversed x",
+       {{0, 10}, {-5, 5}, {100, 200}},
+       {},
+       {true, false, false},
+       Vector3d(1, 1, 1),
+       Point3d(0.5, -0.5, -0.5),
+       Point3d(-0.5, 0.5, 0.5)},
+      // Log axes take log10 coordinates: 1..1000 is 0..3.
+      {"log z",
+       {{0, 1}, {0, 1}, {1, 1000}},
+       {false, false, true},
+       {},
+       Vector3d(1, 1, 1),
+       Point3d(-0.5, -0.5, -0.5),
+       Point3d(0.5, 0.5, 0.5)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeTransformProxy proxy(c.reverse[0], c.reverse[1], c.reverse[2]);
+    for (int k = 0; k < 3; ++k) {
+      proxy.limits[k][0] = c.limits[k][0];
+      proxy.limits[k][1] = c.limits[k][1];
+      proxy.log[k] = c.log[k];
+    }
+    proxy.box = c.box;
+    const Matrix4x4d m = ds::makeNormalizingTransform(proxy);
+    double lo[3];
+    double hi[3];
+    for (int k = 0; k < 3; ++k) {
+      lo[k] = c.log[k] ? std::log10(c.limits[k][0]) : c.limits[k][0];
+      hi[k] = c.log[k] ? std::log10(c.limits[k][1]) : c.limits[k][1];
+    }
+    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(lo[0], lo[1], lo[2])), c.lowCorner));
+    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(hi[0], hi[1], hi[2])), c.highCorner));
+  }
+}
+
+TEST(MakeNormalizingTransform, UnusableLimitsThrow) {
+  struct Case {
+    const char* label;
+    double lo;
+    double hi;
+    bool log;
+    Vector3d box;
+  };
+  const Case cases[] = {
+      {"zero span", 2, 2, false, Vector3d(1, 1, 1)},
+      {"decreasing", 3, 2, false, Vector3d(1, 1, 1)},
+      {"NaN limit", kNaN, 2, false, Vector3d(1, 1, 1)},
+      {"infinite limit", 0, HUGE_VAL, false, Vector3d(1, 1, 1)},
+      {"log axis from zero", 0, 10, true, Vector3d(1, 1, 1)},
+      {"zero plot-box side", 0, 1, false, Vector3d(1, 0, 1)},
+      {"NaN plot-box side", 0, 1, false, Vector3d(1, 1, kNaN)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeTransformProxy proxy(false, false, false);
+    proxy.limits[1][0] = c.lo;
+    proxy.limits[1][1] = c.hi;
+    proxy.log[1] = c.log;
+    proxy.box = c.box;
+    EXPECT_THROW((void)ds::makeNormalizingTransform(proxy), gui_objects::InvalidBoundsException);
+  }
+}
+
+namespace {
+
+// An axes drawn in perspective into a 640 x 480 pixel rectangle that starts at
+// (100, 50) in its window; render space reaches normalised space through a
+// per-axis scale and offset.
+class FakeScaleInfo : public ds::AxesScaleInfo {
+ public:
+  FakeScaleInfo() {
+    const Matrix4x4d view = cu::makeViewTransform(Point3d(1.5, -2.5, 2), Point3d(0, 0, 0), Vector3d(0, 0, 1));
+    const Matrix4x4d projection = Matrix4x4d::createFrustum(-0.4, 0.4, -0.3, 0.3, 1, 10);
+    forward = cu::makeViewPortTransform(Rectangle2d(0, 0, 640, 480)) * projection * view;
+    Matrix4x4d inverse = forward;
+    inverse.invert();
+    std::copy(inverse.getPointer(), inverse.getPointer() + 16, inv);
+    zRange[0] = HUGE_VAL;
+    zRange[1] = -HUGE_VAL;
+    for (double x : {-0.5, 0.5})
+      for (double y : {-0.5, 0.5})
+        for (double z : {-0.5, 0.5}) {
+          const double depth = apply(forward, Point3d(x, y, z)).getZ();
+          zRange[0] = std::min(zRange[0], depth);
+          zRange[1] = std::max(zRange[1], depth);
+        }
+  }
+
+  Matrix4x4d forward;
+  double inv[16];
+  double offset[3] = {-0.5, 0.25, 3.0};
+  double scale[3] = {0.1, 2.0, -0.5};
+  Rectangle2i bounds{100, 50, 740, 530};
+  double zRange[2];
+
+  const double* getInvRenderTransform() override { return inv; }
+  const double* getRenderOffset() override { return offset; }
+  const double* getRenderScale() override { return scale; }
+  Rectangle2i getSmallbounds() override { return bounds; }
+  void getBoxZRange(double* out) override {
+    out[0] = zRange[0];
+    out[1] = zRange[1];
+  }
+
+  // Render space to window pixels with depth: the forward path.
+  Point3d toPixel(const Point3d& d) const {
+    const Point3d n(d.getX() * scale[0] + offset[0], d.getY() * scale[1] + offset[1],
+                    d.getZ() * scale[2] + offset[2]);
+    const Point3d local = apply(forward, n);
+    return Point3d(local.getX() + bounds.getXMin(), local.getY() + bounds.getYMin(), local.getZ());
+  }
+};
+
+// A render-space point inside the box that normalises into [-0.5, 0.5]^3.
+Point3d randomInsideBox(std::mt19937_64& rng, const FakeScaleInfo& info) {
+  std::uniform_real_distribution<double> u(-0.5, 0.5);
+  return Point3d((u(rng) - info.offset[0]) / info.scale[0], (u(rng) - info.offset[1]) / info.scale[1],
+                 (u(rng) - info.offset[2]) / info.scale[2]);
+}
+
+}  // namespace
+
+TEST(PixelToData, PixelWithDepthRoundTripsTheForwardTransform) {
+  FakeScaleInfo info;
+  std::mt19937_64 rng(11);
+  for (int i = 0; i < 2000; ++i) {
+    const Point3d d = randomInsideBox(rng, info);
+    SCOPED_TRACE(testing::Message() << "data " << d);
+    const Point3d back = ds::pixelToData(info, info.toPixel(d));
+    ASSERT_NEAR(back.getX(), d.getX(), 1e-9 * 10);  // x spans 10 units (scale 0.1)
+    ASSERT_NEAR(back.getY(), d.getY(), 1e-9);
+    ASSERT_NEAR(back.getZ(), d.getZ(), 1e-9 * 2);
+  }
+}
+
+TEST(PixelToData, PickLineRunsThroughEveryPointUnderThePixel) {
+  FakeScaleInfo info;
+  std::mt19937_64 rng(12);
+  for (int i = 0; i < 2000; ++i) {
+    const Point3d d = randomInsideBox(rng, info);
+    const Point3d px = info.toPixel(d);
+    SCOPED_TRACE(testing::Message() << "data " << d << " pixel " << px);
+    const LineSegment3d line = ds::pixelToData(info, Point2d(px.getX(), px.getY()));
+    ASSERT_TRUE(line.isValid());
+    // The segment runs from the box's near depth to its far depth, so a point
+    // of the box lies on it, between its ends.
+    const Vector3d along = line.getEnd() - line.getStart();
+    const double t = (d - line.getStart()).dot(along) / along.dot(along);
+    ASSERT_GE(t, -1e-9);
+    ASSERT_LE(t, 1 + 1e-9);
+    const Vector3d miss = (line.getStart() + along * t) - d;
+    ASSERT_LT(miss.length(), 1e-8);
+    ASSERT_NEAR(ds::pixelToData(info, Point3d(px.getX(), px.getY(), info.zRange[0])).getX(),
+                line.getStart().getX(), 1e-12);
+  }
+}
+
+TEST(PixelToData, BeyondTheEyeIsRejected) {
+  FakeScaleInfo info;
+  // With near 1 and far 10, pixel depths of 10/9 and more lie at or beyond
+  // infinity: their homogeneous w is not positive.
+  EXPECT_THROW((void)ds::pixelToData(info, Point3d(400, 300, 2.0)), gui_objects::InvalidWException);
+  info.zRange[1] = 2.0;
+  EXPECT_FALSE(ds::pixelToData(info, Point2d(400, 300)).isValid());
+}
+
+TEST(PixelToData, NullScaleInfoIsTheIdentity) {
+  ds::test::NullAxesScaleInfo info;
+  const LineSegment3d line = ds::pixelToData(info, Point2d(3, 4));
+  ASSERT_TRUE(line.isValid());
+  EXPECT_EQ(line.getStart(), Point3d(3, 4, -1));
+  EXPECT_EQ(line.getEnd(), Point3d(3, 4, 1));
+}
+
+namespace {
+
+class FakeBounds : public ds::AxesBounds {
+ public:
+  double limits[3][2] = {{0, 1}, {0, 1}, {0, 1}};
+  bool log[3] = {};
+  Point3d position{-3, -4, 5};
+  Point3d target{0.5, 0.5, 0.5};
+  double getRenderLimit(int axis, int which) override { return limits[axis][which]; }
+  bool isLog(int axis) override { return log[axis]; }
+  Point3d getCameraPosition() override { return position; }
+  Point3d getCameraTarget() override { return target; }
+};
+
+}  // namespace
+
+TEST(IntersectWithAxesBounds, HandPickedSegments) {
+  struct Case {
+    const char* label;
+    LineSegment3d in;
+    double limits[3][2];
+    bool log[3];
+    bool valid;
+    Point3d start;
+    Point3d end;
+  };
+  const Case cases[] = {
+      {"through along x",
+       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(2, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 0.5, 0.5),
+       Point3d(1, 0.5, 0.5)},
+      {"direction is kept",
+       LineSegment3d(Point3d(2, 0.5, 0.5), Point3d(-1, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(1, 0.5, 0.5),
+       Point3d(0, 0.5, 0.5)},
+      {"diagonal",
+       LineSegment3d(Point3d(-1, -1, -1), Point3d(3, 3, 3)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 0, 0),
+       Point3d(1, 1, 1)},
+      {"wholly inside",
+       LineSegment3d(Point3d(0.2, 0.3, 0.4), Point3d(0.6, 0.7, 0.8)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0.2, 0.3, 0.4),
+       Point3d(0.6, 0.7, 0.8)},
+      {"ends on the box",
+       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(0.5, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 0.5, 0.5),
+       Point3d(0.5, 0.5, 0.5)},
+      {"passes beside",
+       LineSegment3d(Point3d(-1, 2, 0.5), Point3d(2, 2, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       false,
+       Point3d(),
+       Point3d()},
+      {"stops short",
+       LineSegment3d(Point3d(-2, 0.5, 0.5), Point3d(-1, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       false,
+       Point3d(),
+       Point3d()},
+      {"misses the corner",
+       LineSegment3d(Point3d(-1, 0.1, 0.5), Point3d(0.1, 1.2, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       false,
+       Point3d(),
+       Point3d()},
+      {"runs along an edge",
+       LineSegment3d(Point3d(-1, 1, 1), Point3d(2, 1, 1)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 1, 1),
+       Point3d(1, 1, 1)},
+      {"touches an edge in one point",
+       LineSegment3d(Point3d(-1, 0, 0.5), Point3d(1, 2, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 1, 0.5),
+       Point3d(0, 1, 0.5)},
+      {"a point inside",
+       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.5, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0.5, 0.5, 0.5),
+       Point3d(0.5, 0.5, 0.5)},
+      {"limits given high to low",
+       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(2, 0.5, 0.5)),
+       {{1, 0}, {0, 1}, {0, 1}},
+       {},
+       true,
+       Point3d(0, 0.5, 0.5),
+       Point3d(1, 0.5, 0.5)},
+      {"log x: 1..100 is 0..2",
+       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(3, 0.5, 0.5)),
+       {{1, 100}, {0, 1}, {0, 1}},
+       {true, false, false},
+       true,
+       Point3d(0, 0.5, 0.5),
+       Point3d(2, 0.5, 0.5)},
+      {"log axis with a zero limit",
+       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.6, 0.5, 0.5)),
+       {{0, 1}, {0, 1}, {0, 1}},
+       {false, true, false},
+       false,
+       Point3d(),
+       Point3d()},
+      {"NaN limit",
+       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.6, 0.5, 0.5)),
+       {{0, 1}, {0, kNaN}, {0, 1}},
+       {},
+       false,
+       Point3d(),
+       Point3d()},
+      {"invalid input", LineSegment3d(), {{-1, 1}, {-1, 1}, {-1, 1}}, {}, false, Point3d(), Point3d()},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeBounds bounds;
+    for (int k = 0; k < 3; ++k) {
+      bounds.limits[k][0] = c.limits[k][0];
+      bounds.limits[k][1] = c.limits[k][1];
+      bounds.log[k] = c.log[k];
+    }
+    const LineSegment3d got = ds::intersectWithAxesBounds(c.in, bounds);
+    ASSERT_EQ(got.isValid(), c.valid);
+    if (!c.valid) continue;
+    EXPECT_TRUE(gui_objects::nearlyEqual(got.getStart(), c.start)) << got.getStart();
+    EXPECT_TRUE(gui_objects::nearlyEqual(got.getEnd(), c.end)) << got.getEnd();
+  }
+}
+
+TEST(IntersectWithAxesBounds, AgreesWithDenseSampling) {
+  // Reference: walk the segment in small steps and note the first and last
+  // sample inside the box.
+  std::mt19937_64 rng(2718);
+  std::uniform_real_distribution<double> coord(-2.0, 3.0);
+  const int steps = 4000;
+  FakeBounds bounds;
+  bounds.limits[0][1] = 2.0;
+  bounds.limits[2][0] = -0.5;
+  const auto inside = [&](const Point3d& p) {
+    return p.getX() >= 0 && p.getX() <= 2 && p.getY() >= 0 && p.getY() <= 1 && p.getZ() >= -0.5 &&
+           p.getZ() <= 1;
+  };
+  int hits = 0;
+  for (int i = 0; i < 3000; ++i) {
+    const Point3d a(coord(rng), coord(rng), coord(rng));
+    const Point3d b(coord(rng), coord(rng), coord(rng));
+    const LineSegment3d seg(a, b);
+    SCOPED_TRACE(testing::Message() << a << " -> " << b);
+    int first = -1;
+    int last = -1;
+    for (int s = 0; s <= steps; ++s) {
+      if (inside(seg.evaluate(static_cast<double>(s) / steps))) {
+        if (first < 0) first = s;
+        last = s;
+      }
+    }
+    const LineSegment3d got = ds::intersectWithAxesBounds(seg, bounds);
+    const double length = seg.getLength();
+    if (first < 0) {
+      // Nothing sampled inside: at most a sliver between two samples.
+      if (got.isValid()) {
+        ASSERT_LE(got.getLength(), length / steps);
+      }
+      continue;
+    }
+    ++hits;
+    ASSERT_TRUE(got.isValid());
+    ASSERT_TRUE(inside(got.getStart()) && inside(got.getEnd()));
+    const double t0 = (got.getStart() - a).length() / length;
+    const double t1 = (got.getEnd() - a).length() / length;
+    ASSERT_LE(t0, static_cast<double>(first) / steps + 1e-12);
+    ASSERT_GE(t0, static_cast<double>(first - 1) / steps - 1e-12);
+    ASSERT_GE(t1, static_cast<double>(last) / steps - 1e-12);
+    ASSERT_LE(t1, static_cast<double>(last + 1) / steps + 1e-12);
+  }
+  EXPECT_GT(hits, 300);
+}
+
+TEST(ComputeMainAxesIntercepts, FollowsTheCamera) {
+  struct Case {
+    const char* label;
+    Point3d position;
+    Point3d target;
+    double limits[3][2];
+    Point3d expected;
+  };
+  const Case cases[] = {
+      {"default view: front left, from above",
+       Point3d(-3, -4, 5),
+       Point3d(0.5, 0.5, 0.5),
+       {{0, 1}, {0, 2}, {0, 3}},
+       Point3d(0, 0, 0)},
+      {"from behind, right and below",
+       Point3d(4, 5, -6),
+       Point3d(0.5, 0.5, 0.5),
+       {{0, 1}, {0, 2}, {0, 3}},
+       Point3d(1, 2, 3)},
+      {"from the right, above",
+       Point3d(4, -1, 2),
+       Point3d(0.5, 0.5, 0.5),
+       {{0, 1}, {0, 2}, {0, 3}},
+       Point3d(1, 0, 0)},
+      {"straight from above: level along x and y",
+       Point3d(0.5, 0.5, 9),
+       Point3d(0.5, 0.5, 0.5),
+       {{0, 1}, {0, 2}, {0, 3}},
+       Point3d(0, 0, 0)},
+      {"limits given high to low",
+       Point3d(4, 5, -6),
+       Point3d(0.5, 0.5, 0.5),
+       {{1, 0}, {2, 0}, {3, 0}},
+       Point3d(1, 2, 3)},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeBounds bounds;
+    bounds.position = c.position;
+    bounds.target = c.target;
+    for (int k = 0; k < 3; ++k) {
+      bounds.limits[k][0] = c.limits[k][0];
+      bounds.limits[k][1] = c.limits[k][1];
+    }
+    EXPECT_EQ(ds::computeMainAxesIntercepts(bounds), c.expected);
+  }
+}
