@@ -138,9 +138,10 @@ int pickBiasedTickAndLimits(AxisType, double* lower, double* upper, int minTicks
     if (curMax < limit) {
       curMax += 1;
       curMin = curMax;
-    } else if (curMin <= lowBound || curMin <= 2) {
-      // Counts below 2 search nothing new, so shrinking stops there; and the
-      // limit always grows, so the widening ends.
+    } else if (curMin <= lowBound || minTicks - shrink <= 2) {
+      // Shrinking also stops once the smallest count reached 2: counts below
+      // search nothing new, and the exact counts tried in between would repeat
+      // forever. The limit always grows, so the widening ends.
       shrink = 0;
       curMax = limit + 1;
       lowBound = minTicks + 1;
