@@ -24,6 +24,12 @@ void clipAgainstPlane(VertexVector const& input, VertexVector& output, std::size
   }
 }
 
+unsigned outsideAny(VertexVector const& v) {
+  unsigned any = 0;
+  for (std::size_t i = 0; i < v.getSize(); ++i) any |= v.getOutcode(i);
+  return any;
+}
+
 }  // namespace
 
 VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes) {
@@ -36,7 +42,9 @@ VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlane
     VertexVector input(polygon);
     VertexVector output;
     for (std::size_t plane = 0; plane < kClipPlanes; ++plane) {
-      output.clear();
+      // A plane no vertex lies outside would copy the polygon unchanged.
+      if ((outsideAny(input) & Point4d::outCodeForPlane(static_cast<int>(plane))) == 0) continue;
+      output.removeVertices();
       clipAgainstPlane(input, output, plane, userPlanes);
       input.swap(output);
       if (input.getSize() == 0) return input;

@@ -42,6 +42,13 @@ void appendOne(std::optional<std::vector<T>>& slot, std::size_t vertexCount, T c
   slot->push_back(value);
 }
 
+// Room for one more element, growing geometrically: reserve(size + 1) alone
+// would reallocate on every append.
+template <class T>
+void makeRoom(std::vector<T>& v) {
+  if (v.size() == v.capacity()) v.reserve(2 * v.size() + 4);
+}
+
 bool sameBinding(VertexVector::Impl const& a, VertexVector::Impl const& b) {
   return a.rgbaColors.has_value() == b.rgbaColors.has_value() &&
          a.colorIndices.has_value() == b.colorIndices.has_value() &&
@@ -83,11 +90,10 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
     });
     if (!inStep) throwAppend();
   }
-  std::size_t const want = dst.vertices.size() + 1;
-  dst.vertices.reserve(want);
-  dst.outcodes.reserve(want);
-  dst.forEachAttribute([&](auto& slot) {
-    if (slot) slot->reserve(want);
+  makeRoom(dst.vertices);
+  makeRoom(dst.outcodes);
+  dst.forEachAttribute([](auto& slot) {
+    if (slot) makeRoom(*slot);
   });
 }
 
@@ -171,8 +177,8 @@ void VertexVector::addSpecularSecondaryColor(Point3f const& color) {
 
 void VertexVector::addVertex(Point4d const& vertex, Plane3d const* const* userPlanes) {
   Outcode const code = vertex.calculateOutcodes(userPlanes);
-  impl_->vertices.reserve(impl_->vertices.size() + 1);
-  impl_->outcodes.reserve(impl_->vertices.size() + 1);
+  makeRoom(impl_->vertices);
+  makeRoom(impl_->outcodes);
   impl_->dropProjection();
   impl_->vertices.push_back(vertex);
   impl_->outcodes.push_back(code);
@@ -312,6 +318,15 @@ void VertexVector::clear() noexcept {
   impl_->outcodes.clear();
   impl_->dropProjection();
   impl_->forEachAttribute([](auto& slot) { slot.reset(); });
+}
+
+void VertexVector::removeVertices() noexcept {
+  impl_->vertices.clear();
+  impl_->outcodes.clear();
+  impl_->dropProjection();
+  impl_->forEachAttribute([](auto& slot) {
+    if (slot) slot->clear();
+  });
 }
 
 std::ostream& operator<<(std::ostream& os, VertexVector const& v) {

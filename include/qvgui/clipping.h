@@ -136,6 +136,8 @@ class QVGUI_API VertexVector {
   void swap(VertexVector& other) noexcept;
   // Removes the vertices and every attribute binding.
   void clear() noexcept;
+  // Removes the vertices but keeps the attribute bindings, now empty.
+  void removeVertices() noexcept;
 
   struct Impl;
 
