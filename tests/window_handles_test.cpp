@@ -38,7 +38,7 @@ std::string raisedId(const std::function<void()>& f) {
   return "";
 }
 
-class HandleTable : public ::testing::Test {
+class window_handles : public ::testing::Test {
  protected:
   void SetUp() override {
     gui_objects::test::reset_handle_table();
@@ -47,7 +47,7 @@ class HandleTable : public ::testing::Test {
   void TearDown() override { gui_objects::test::reset_handle_table(); }
 };
 
-TEST_F(HandleTable, FirstHandlesAndReuseAfterDestroy) {
+TEST_F(window_handles, FirstHandlesAndReuseAfterDestroy) {
   EXPECT_EQ(new_handle(obj(1)), 0.0001220703125);
   const double second = new_handle(obj(2));
   EXPECT_EQ(second, 1.0001220703125);
@@ -64,7 +64,7 @@ TEST_F(HandleTable, FirstHandlesAndReuseAfterDestroy) {
   EXPECT_EQ(get_number_of_handles(), 3);
 }
 
-TEST_F(HandleTable, MalformedHandlesResolveToNull) {
+TEST_F(window_handles, MalformedHandlesResolveToNull) {
   const double h = new_handle(obj(1));
   new_handle(obj(2));
   ASSERT_TRUE(assign_figure_handle(obj(3), 0));
@@ -98,7 +98,7 @@ TEST_F(HandleTable, MalformedHandlesResolveToNull) {
   EXPECT_EQ(get_number_of_handles(), 2);
 }
 
-TEST_F(HandleTable, IntegerTest) {
+TEST_F(window_handles, IntegerTest) {
   struct Case {
     double h;
     bool integer;
@@ -111,7 +111,7 @@ TEST_F(HandleTable, IntegerTest) {
   }
 }
 
-TEST_F(HandleTable, AllOnesPointerReadsAsNull) {
+TEST_F(window_handles, AllOnesPointerReadsAsNull) {
   void* allOnes = reinterpret_cast<void*>(~std::uintptr_t(0));
   const double h = new_handle(allOnes);
   EXPECT_EQ(handle2pointer(h), nullptr);
@@ -121,7 +121,7 @@ TEST_F(HandleTable, AllOnesPointerReadsAsNull) {
   EXPECT_EQ(handle2pointerIgnoreReuseCount(100000), nullptr);
 }
 
-TEST_F(HandleTable, RebindKeepsHandleAndRefusesStale) {
+TEST_F(window_handles, RebindKeepsHandleAndRefusesStale) {
   const double h = new_handle(obj(1));
   EXPECT_TRUE(rebind_handle(h, obj(2)));
   EXPECT_EQ(handle2pointer(h), obj(2));
@@ -131,7 +131,7 @@ TEST_F(HandleTable, RebindKeepsHandleAndRefusesStale) {
   EXPECT_EQ(handle2pointer(h), nullptr);
 }
 
-TEST_F(HandleTable, RetiredSlotIsSkippedAndBlockNumberRetired) {
+TEST_F(window_handles, RetiredSlotIsSkippedAndBlockNumberRetired) {
   const double keep = [] {
     new_handle(obj(1));         // index 0
     return new_handle(obj(2));  // index 1 keeps block 0 alive
@@ -155,7 +155,7 @@ TEST_F(HandleTable, RetiredSlotIsSkippedAndBlockNumberRetired) {
   EXPECT_EQ(handle2pointer(h), nullptr);
 }
 
-TEST_F(HandleTable, RecreatedBlockStartsAboveEveryReuseCount) {
+TEST_F(window_handles, RecreatedBlockStartsAboveEveryReuseCount) {
   const double a = new_handle(obj(1));  // 0 + 1/8192
   const double b = new_handle(obj(2));  // 1 + 1/8192
   destroy_handle(a);
@@ -167,7 +167,7 @@ TEST_F(HandleTable, RecreatedBlockStartsAboveEveryReuseCount) {
   EXPECT_EQ(handle2pointer(b), nullptr);
 }
 
-TEST_F(HandleTable, ExplicitBindingsInOwnTable) {
+TEST_F(window_handles, ExplicitBindingsInOwnTable) {
   HandleTable_tag* t = newHandleTable();
   EXPECT_TRUE(bind_handle_in_table(t, 1000 + 5 * kStep, obj(1)));
   EXPECT_TRUE(bind_handle_in_table(t, 3 + kStep, obj(2)));
@@ -187,7 +187,7 @@ TEST_F(HandleTable, ExplicitBindingsInOwnTable) {
   destroyHandleTable(t);  // the leak checker sees whether the blocks went too
 }
 
-TEST_F(HandleTable, FigureHandles) {
+TEST_F(window_handles, FigureHandles) {
   EXPECT_EQ(new_figure_handle(obj(1)), 0.0);
   EXPECT_EQ(new_figure_handle(obj(2)), 1.0);
   EXPECT_TRUE(assign_figure_handle(obj(3), 3));
@@ -202,13 +202,13 @@ TEST_F(HandleTable, FigureHandles) {
   EXPECT_EQ(get_max_integer_handle(), 2147483646);
 }
 
-TEST_F(HandleTable, BadFigureHandlesRaiseBadArguments) {
+TEST_F(window_handles, BadFigureHandlesRaiseBadArguments) {
   EXPECT_EQ(raisedId([] { assign_figure_handle(obj(1), -1); }), "Tavrix::gui::handle::BadArguments");
   EXPECT_EQ(raisedId([] { assign_figure_handle(obj(1), 2147483647); }), "Tavrix::gui::handle::BadArguments");
   EXPECT_EQ(new_figure_handle(obj(2)), 0.0);
 }
 
-TEST_F(HandleTable, IntegerHandlesRunOut) {
+TEST_F(window_handles, IntegerHandlesRunOut) {
   gui_objects::test::set_lowest_free_integer_handle(2147483645);
   EXPECT_EQ(new_figure_handle(obj(1)), 2147483645.0);
   EXPECT_TRUE(warned("Tavrix::gui::handle::IntegerHandleArrayFull"));
@@ -217,7 +217,7 @@ TEST_F(HandleTable, IntegerHandlesRunOut) {
   EXPECT_EQ(handle2pointer(2147483645.0), obj(1));
 }
 
-TEST_F(HandleTable, ExhaustedDirectoryGivesUpUniquenessThenFails) {
+TEST_F(window_handles, ExhaustedDirectoryGivesUpUniquenessThenFails) {
   double h = new_handle(obj(1));
   for (int reuse = 1; reuse < 8191; ++reuse) {
     destroy_handle(h);
@@ -242,7 +242,7 @@ TEST_F(HandleTable, ExhaustedDirectoryGivesUpUniquenessThenFails) {
   EXPECT_EQ(get_number_of_handles(), made);
 }
 
-TEST_F(HandleTable, DumpListsBoundSlotsPerBlock) {
+TEST_F(window_handles, DumpListsBoundSlotsPerBlock) {
   int figure = 0, axes = 0;
   hostRegisterObjectType(&figure, "figure");
   hostRegisterObjectType(&axes, "axes");
@@ -276,7 +276,7 @@ TEST_F(HandleTable, DumpListsBoundSlotsPerBlock) {
 // Random interleavings of new and destroy against a model of the live
 // handles; every handle value ever issued must be new, every live one must
 // resolve to its object and every destroyed one to null.
-TEST_F(HandleTable, StressAgainstModel) {
+TEST_F(window_handles, StressAgainstModel) {
   const char* env = std::getenv("QVGUI_STRESS_OPS");
 #if defined(__SANITIZE_ADDRESS__)
   long ops = 200000;

@@ -97,7 +97,7 @@ bool callReturnsZero(R (*fn)(WinRec_tag*, A...), WinRec_tag* w) {
   }
 }
 
-TEST(WindowMethods, CreateFillsOnlyTheSharedSlotsAndStateDefaults) {
+TEST(window_methods, CreateFillsOnlyTheSharedSlotsAndStateDefaults) {
   winMethods_tag* t = wm_Create();
   for (const Slot& s : slotsOf(t)) {
     SCOPED_TRACE(s.name);
@@ -117,7 +117,7 @@ TEST(WindowMethods, CreateFillsOnlyTheSharedSlotsAndStateDefaults) {
   wm_Destroy(t);
 }
 
-TEST(WindowMethods, NullSetterInstallsDefaultExceptForCallerChecks) {
+TEST(window_methods, NullSetterInstallsDefaultExceptForCallerChecks) {
   NullDraw2D target;  // every setter called with null
   ASSERT_EQ(slotsOf(target.methods()).size(), 148u);
   for (const Slot& s : slotsOf(target.methods())) {
@@ -136,7 +136,7 @@ TEST(WindowMethods, NullSetterInstallsDefaultExceptForCallerChecks) {
   EXPECT_EQ(wm_PixelsPerPoint(w), 0.0);
 }
 
-TEST(WindowMethods, EveryCallerReachesItsOwnSlot) {
+TEST(window_methods, EveryCallerReachesItsOwnSlot) {
   WindowMethodRecorder rec;
   std::vector<std::string> expected;
 #define QV_TEST_CALL(Name, Ret, Kind, Caller, ...) \
@@ -148,7 +148,7 @@ TEST(WindowMethods, EveryCallerReachesItsOwnSlot) {
   for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(rec.calls()[i].slot, expected[i]);
 }
 
-TEST(WindowMethods, RecorderKeepsArgumentsAndResults) {
+TEST(window_methods, RecorderKeepsArgumentsAndResults) {
   WindowMethodRecorder rec;
   WinRec_tag* w = rec.window();
   const qvrect r{1, 2, 3, 4};
@@ -176,7 +176,7 @@ TEST(WindowMethods, RecorderKeepsArgumentsAndResults) {
   EXPECT_EQ(rec.count("FrameRect"), 1u);
 }
 
-TEST(WindowMethods, CreateWithWSIfcnsCopiesExactlyTheIndependentSlots) {
+TEST(window_methods, CreateWithWSIfcnsCopiesExactlyTheIndependentSlots) {
   WindowMethodRecorder src;  // every slot non-null
   src.methods()->markerSize = 7.0;
   winMethods_tag* fresh = wm_Create();
@@ -191,7 +191,7 @@ TEST(WindowMethods, CreateWithWSIfcnsCopiesExactlyTheIndependentSlots) {
   wm_Destroy(fresh);
 }
 
-TEST(WindowMethods, GettersReadBackInstalledSlots) {
+TEST(window_methods, GettersReadBackInstalledSlots) {
   NullDraw2D target;
   const auto paint = [](WinRec_tag*, const qvrect*) {};
   swm_PaintRect(target.methods(), +paint);
@@ -203,7 +203,7 @@ TEST(WindowMethods, GettersReadBackInstalledSlots) {
   EXPECT_EQ(monitor, nullptr);
 }
 
-TEST(WindowMethods, CallersWithFallbacksAndFlags) {
+TEST(window_methods, CallersWithFallbacksAndFlags) {
   WindowMethodRecorder rec;
   WinRec_tag* w = rec.window();
   rec.setResult("StringHeight", 12);
@@ -241,7 +241,7 @@ TEST(WindowMethods, CallersWithFallbacksAndFlags) {
   EXPECT_EQ(rec.count("ExposeFcn"), 1u);
 }
 
-TEST(WindowMethods, LineTypeGatesDrawingButNotThePen) {
+TEST(window_methods, LineTypeGatesDrawingButNotThePen) {
   WindowMethodRecorder rec;
   WinRec_tag* w = rec.window();
   int xs[2] = {0, 5}, ys[2] = {0, 5};
@@ -269,7 +269,7 @@ TEST(WindowMethods, LineTypeGatesDrawingButNotThePen) {
   }
 }
 
-TEST(WindowMethods, EraseModeKeepsTheDrawModeColour) {
+TEST(window_methods, EraseModeKeepsTheDrawModeColour) {
   WindowMethodRecorder rec;
   WinRec_tag* w = rec.window();
   Color_tag* white = create_ColorPtrFromRGB(1, 1, 1);
@@ -303,7 +303,7 @@ TEST(WindowMethods, EraseModeKeepsTheDrawModeColour) {
   destroy_ColorPtr(red);
 }
 
-TEST(WindowMethods, MarkerColourState) {
+TEST(window_methods, MarkerColourState) {
   NullDraw2D target;
   WinRec_tag* w = target.window();
   Color_tag* c = create_ColorPtrFromRGB(0, 0, 1);
@@ -321,7 +321,7 @@ TEST(WindowMethods, MarkerColourState) {
   destroy_ColorPtr(c);
 }
 
-TEST(WindowMethods, CurrentWindowAndScreenScale) {
+TEST(window_methods, CurrentWindowAndScreenScale) {
   NullDraw2D target;
   set_current_Window(target.window());
   EXPECT_EQ(get_current_Window(), target.window());

@@ -22,7 +22,7 @@ void recursiveFrameRect(WinRec_tag* w, const qvrect* r) {
 
 void throwingPaintRect(WinRec_tag*, const qvrect*) { throw std::runtime_error("back end failed"); }
 
-class Profiler : public ::testing::Test {
+class window_profile : public ::testing::Test {
  protected:
   void SetUp() override {
     methods_ = wm_Create();  // registers the features on first use
@@ -41,7 +41,7 @@ class Profiler : public ::testing::Test {
   WinRec_tag* win_ = nullptr;
 };
 
-TEST_F(Profiler, CountsOutermostCallsOnlyWhileEnabled) {
+TEST_F(window_profile, CountsOutermostCallsOnlyWhileEnabled) {
   swm_FrameRect(methods_, &recursiveFrameRect);
   const qvrect r{};
   wm_FrameRect(win_, &r);
@@ -68,7 +68,7 @@ TEST_F(Profiler, CountsOutermostCallsOnlyWhileEnabled) {
   EXPECT_EQ(wm_ProfileCount("wm_FrameRect"), 1);
 }
 
-TEST_F(Profiler, ThrowingSlotDoesNotLeaveTheEntryMidCall) {
+TEST_F(window_profile, ThrowingSlotDoesNotLeaveTheEntryMidCall) {
   swm_PaintRect(methods_, &throwingPaintRect);
   wm_ProfileEnable(true);
   const qvrect r{};
@@ -77,7 +77,7 @@ TEST_F(Profiler, ThrowingSlotDoesNotLeaveTheEntryMidCall) {
   EXPECT_EQ(wm_ProfileCount("wm_PaintRect"), 2);
 }
 
-TEST_F(Profiler, ReportListsCalledMethodsInEntryOrder) {
+TEST_F(window_profile, ReportListsCalledMethodsInEntryOrder) {
   {
     HostConsoleCapture quiet;
     hostCallFeature("WMProfileReport", 0);

@@ -49,13 +49,13 @@ struct TestWindow : WindowProxy {
   std::vector<std::string>* log_;
 };
 
-class Registries : public ::testing::Test {
+class window_proxies : public ::testing::Test {
  protected:
   void SetUp() override { gui_objects::test::reset_window_registries(); }
   void TearDown() override { gui_objects::test::reset_window_registries(); }
 };
 
-TEST_F(Registries, FallbacksAnswerWithDefaults) {
+TEST_F(window_proxies, FallbacksAnswerWithDefaults) {
   WindowProxy* p = WindowProxyRegistry::FindProxy(5);
   ASSERT_NE(p, nullptr);
   EXPECT_EQ(p->WinRecToHandle(nullptr), -1.0);
@@ -78,7 +78,7 @@ TEST_F(Registries, FallbacksAnswerWithDefaults) {
   destroy_ColorPtr(bg);
 }
 
-TEST_F(Registries, WalksGoInAscendingClass) {
+TEST_F(window_proxies, WalksGoInAscendingClass) {
   TestFont font1("one"), font3("three");
   TestSystem system;
   int rootA = 0, rootB = 0;
@@ -112,7 +112,7 @@ TEST_F(Registries, WalksGoInAscendingClass) {
   wr_Destroy(win);
 }
 
-TEST_F(Registries, CurrentWindowAndMonitorRectGoThroughSystemProxy) {
+TEST_F(window_proxies, CurrentWindowAndMonitorRectGoThroughSystemProxy) {
   TestSystem system;
   TestWindow w(2, nullptr, &system);
   WindowProxyRegistry::RegisterProxy(&w);
@@ -126,7 +126,7 @@ TEST_F(Registries, CurrentWindowAndMonitorRectGoThroughSystemProxy) {
   EXPECT_EQ(r.bottom, 1080);
 }
 
-TEST_F(Registries, WinRecRegistryFindsAddsReplacesRemoves) {
+TEST_F(window_proxies, WinRecRegistryFindsAddsReplacesRemoves) {
   WinRecRegistry& reg = WinRecRegistry::getInstance();
   EXPECT_EQ(&reg, &WinRecRegistry::getInstance());
   int o1 = 0, o2 = 0;
@@ -160,7 +160,7 @@ struct Waiter : gui_objects::WaitForObserver {
   bool aborted = false;
 };
 
-TEST(WaitFor, PressesReachWaitersOfTheirWindowUntilSatisfied) {
+TEST(window_events, PressesReachWaitersOfTheirWindowUntilSatisfied) {
   int a = 0, b = 0;
   auto* wa = reinterpret_cast<WinRec_tag*>(&a);
   auto* wb = reinterpret_cast<WinRec_tag*>(&b);
@@ -183,7 +183,7 @@ TEST(WaitFor, PressesReachWaitersOfTheirWindowUntilSatisfied) {
   EXPECT_EQ(subject.observerCount(), 0u);
 }
 
-TEST(WaitFor, EventNames) {
+TEST(window_events, EventNames) {
   struct Case {
     UI_EventRecord::Type type;
     const char* name;
