@@ -44,88 +44,48 @@ TEST(MakeNormalizingTransform, MapsRenderLimitsOntoThePlotBox) {
   struct Case {
     const char* label;
     double limits[3][2];
-    bool log[3];
-    bool reverse[3];
+    bool log[3], reverse[3];
     Vector3d box;
-    Point3d lowCorner;   // where (x min, y min, z min) lands
-    Point3d highCorner;  // where (x max, y max, z max) lands
+    Point3d low, high;  // where the minimum and maximum corners land
   };
+  // clang-format off
   const Case cases[] = {
-      {"unit cube",
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       {},
-       Vector3d(1, 1, 1),
-       Point3d(-0.5, -0.5, -0.5),
-       Point3d(0.5, 0.5, 0.5)},
-      {"elongated box, shifted limits",
-       {{0, 10}, {-5, 5}, {100, 200}},
-       {},
-       {},
-       Vector3d(1, 2, 1),
-       Point3d(-0.25, -0.5, -0.25),
-       Point3d(0.25, 0.5, 0.25)},
-      {"reversed x",
-       {{0, 10}, {-5, 5}, {100, 200}},
-       {},
-       {true, false, false},
-       Vector3d(1, 1, 1),
-       Point3d(0.5, -0.5, -0.5),
-       Point3d(-0.5, 0.5, 0.5)},
+      {"unit cube", {{0, 1}, {0, 1}, {0, 1}}, {}, {}, {1, 1, 1}, {-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}},
+      {"elongated box", {{0, 10}, {-5, 5}, {100, 200}}, {}, {}, {1, 2, 1}, {-0.25, -0.5, -0.25}, {0.25, 0.5, 0.25}},
+      {"reversed x", {{0, 10}, {-5, 5}, {100, 200}}, {}, {true}, {1, 1, 1}, {0.5, -0.5, -0.5}, {-0.5, 0.5, 0.5}},
       // Log axes take log10 coordinates: 1..1000 is 0..3.
-      {"log z",
-       {{0, 1}, {0, 1}, {1, 1000}},
-       {false, false, true},
-       {},
-       Vector3d(1, 1, 1),
-       Point3d(-0.5, -0.5, -0.5),
-       Point3d(0.5, 0.5, 0.5)},
+      {"log z", {{0, 1}, {0, 1}, {1, 1000}}, {false, false, true}, {}, {1, 1, 1}, {-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeTransformProxy proxy(c.reverse[0], c.reverse[1], c.reverse[2]);
-    for (int k = 0; k < 3; ++k) {
-      proxy.limits[k][0] = c.limits[k][0];
-      proxy.limits[k][1] = c.limits[k][1];
-      proxy.log[k] = c.log[k];
-    }
+    std::copy(&c.limits[0][0], &c.limits[0][0] + 6, &proxy.limits[0][0]);
+    std::copy(std::begin(c.log), std::end(c.log), proxy.log);
     proxy.box = c.box;
     const Matrix4x4d m = ds::makeNormalizingTransform(proxy);
-    double lo[3];
-    double hi[3];
+    double lo[3], hi[3];
     for (int k = 0; k < 3; ++k) {
       lo[k] = c.log[k] ? std::log10(c.limits[k][0]) : c.limits[k][0];
       hi[k] = c.log[k] ? std::log10(c.limits[k][1]) : c.limits[k][1];
     }
-    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(lo[0], lo[1], lo[2])), c.lowCorner));
-    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(hi[0], hi[1], hi[2])), c.highCorner));
+    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(lo[0], lo[1], lo[2])), c.low));
+    EXPECT_TRUE(gui_objects::nearlyEqual(apply(m, Point3d(hi[0], hi[1], hi[2])), c.high));
   }
-}
-
-TEST(MakeNormalizingTransform, UnusableLimitsThrow) {
-  struct Case {
-    const char* label;
-    double lo;
-    double hi;
-    bool log;
-    Vector3d box;
+  // Unusable limits or plot box: zero span, decreasing, NaN, infinite, log from 0.
+  // clang-format off
+  const struct { double lo, hi; bool log; Vector3d box; } bad[] = {
+      {2, 2, false, {1, 1, 1}}, {3, 2, false, {1, 1, 1}}, {kNaN, 2, false, {1, 1, 1}}, {0, HUGE_VAL, false, {1, 1, 1}},
+      {0, 10, true, {1, 1, 1}}, {0, 1, false, {1, 0, 1}}, {0, 1, false, {1, 1, kNaN}},
   };
-  const Case cases[] = {
-      {"zero span", 2, 2, false, Vector3d(1, 1, 1)},
-      {"decreasing", 3, 2, false, Vector3d(1, 1, 1)},
-      {"NaN limit", kNaN, 2, false, Vector3d(1, 1, 1)},
-      {"infinite limit", 0, HUGE_VAL, false, Vector3d(1, 1, 1)},
-      {"log axis from zero", 0, 10, true, Vector3d(1, 1, 1)},
-      {"zero plot-box side", 0, 1, false, Vector3d(1, 0, 1)},
-      {"NaN plot-box side", 0, 1, false, Vector3d(1, 1, kNaN)},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
+  // clang-format on
+  for (const auto& b : bad) {
+    SCOPED_TRACE(testing::Message() << b.lo << ".." << b.hi << " box " << b.box);
     FakeTransformProxy proxy(false, false, false);
-    proxy.limits[1][0] = c.lo;
-    proxy.limits[1][1] = c.hi;
-    proxy.log[1] = c.log;
-    proxy.box = c.box;
+    proxy.limits[1][0] = b.lo;
+    proxy.limits[1][1] = b.hi;
+    proxy.log[1] = b.log;
+    proxy.box = b.box;
     EXPECT_THROW((void)ds::makeNormalizingTransform(proxy), gui_objects::InvalidBoundsException);
   }
 }
@@ -233,14 +193,6 @@ TEST(PixelToData, BeyondTheEyeIsRejected) {
   EXPECT_FALSE(ds::pixelToData(info, Point2d(400, 300)).isValid());
 }
 
-TEST(PixelToData, NullScaleInfoIsTheIdentity) {
-  ds::test::NullAxesScaleInfo info;
-  const LineSegment3d line = ds::pixelToData(info, Point2d(3, 4));
-  ASSERT_TRUE(line.isValid());
-  EXPECT_EQ(line.getStart(), Point3d(3, 4, -1));
-  EXPECT_EQ(line.getEnd(), Point3d(3, 4, 1));
-}
-
 namespace {
 
 class FakeBounds : public ds::AxesBounds {
@@ -260,135 +212,45 @@ class FakeBounds : public ds::AxesBounds {
 TEST(IntersectWithAxesBounds, HandPickedSegments) {
   struct Case {
     const char* label;
-    LineSegment3d in;
+    Point3d a, b;
     double limits[3][2];
-    bool log[3];
-    bool valid;
-    Point3d start;
-    Point3d end;
+    bool log[3], valid;
+    Point3d start, end;
   };
+  // clang-format off
   const Case cases[] = {
-      {"through along x",
-       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(2, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 0.5, 0.5),
-       Point3d(1, 0.5, 0.5)},
-      {"direction is kept",
-       LineSegment3d(Point3d(2, 0.5, 0.5), Point3d(-1, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(1, 0.5, 0.5),
-       Point3d(0, 0.5, 0.5)},
-      {"diagonal",
-       LineSegment3d(Point3d(-1, -1, -1), Point3d(3, 3, 3)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 0, 0),
-       Point3d(1, 1, 1)},
-      {"wholly inside",
-       LineSegment3d(Point3d(0.2, 0.3, 0.4), Point3d(0.6, 0.7, 0.8)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0.2, 0.3, 0.4),
-       Point3d(0.6, 0.7, 0.8)},
-      {"ends on the box",
-       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(0.5, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 0.5, 0.5),
-       Point3d(0.5, 0.5, 0.5)},
-      {"passes beside",
-       LineSegment3d(Point3d(-1, 2, 0.5), Point3d(2, 2, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       false,
-       Point3d(),
-       Point3d()},
-      {"stops short",
-       LineSegment3d(Point3d(-2, 0.5, 0.5), Point3d(-1, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       false,
-       Point3d(),
-       Point3d()},
-      {"misses the corner",
-       LineSegment3d(Point3d(-1, 0.1, 0.5), Point3d(0.1, 1.2, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       false,
-       Point3d(),
-       Point3d()},
-      {"runs along an edge",
-       LineSegment3d(Point3d(-1, 1, 1), Point3d(2, 1, 1)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 1, 1),
-       Point3d(1, 1, 1)},
-      {"touches an edge in one point",
-       LineSegment3d(Point3d(-1, 0, 0.5), Point3d(1, 2, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 1, 0.5),
-       Point3d(0, 1, 0.5)},
-      {"a point inside",
-       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.5, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0.5, 0.5, 0.5),
-       Point3d(0.5, 0.5, 0.5)},
-      {"limits given high to low",
-       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(2, 0.5, 0.5)),
-       {{1, 0}, {0, 1}, {0, 1}},
-       {},
-       true,
-       Point3d(0, 0.5, 0.5),
-       Point3d(1, 0.5, 0.5)},
-      {"log x: 1..100 is 0..2",
-       LineSegment3d(Point3d(-1, 0.5, 0.5), Point3d(3, 0.5, 0.5)),
-       {{1, 100}, {0, 1}, {0, 1}},
-       {true, false, false},
-       true,
-       Point3d(0, 0.5, 0.5),
-       Point3d(2, 0.5, 0.5)},
-      {"log axis with a zero limit",
-       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.6, 0.5, 0.5)),
-       {{0, 1}, {0, 1}, {0, 1}},
-       {false, true, false},
-       false,
-       Point3d(),
-       Point3d()},
-      {"NaN limit",
-       LineSegment3d(Point3d(0.5, 0.5, 0.5), Point3d(0.6, 0.5, 0.5)),
-       {{0, 1}, {0, kNaN}, {0, 1}},
-       {},
-       false,
-       Point3d(),
-       Point3d()},
-      {"invalid input", LineSegment3d(), {{-1, 1}, {-1, 1}, {-1, 1}}, {}, false, Point3d(), Point3d()},
+      {"through along x", {-1, .5, .5}, {2, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, .5, .5}, {1, .5, .5}},
+      {"direction is kept", {2, .5, .5}, {-1, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {1, .5, .5}, {0, .5, .5}},
+      {"diagonal", {-1, -1, -1}, {3, 3, 3}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, 0, 0}, {1, 1, 1}},
+      {"wholly inside", {.2, .3, .4}, {.6, .7, .8}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {.2, .3, .4}, {.6, .7, .8}},
+      {"ends inside", {-1, .5, .5}, {.5, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, .5, .5}, {.5, .5, .5}},
+      {"passes beside", {-1, 2, .5}, {2, 2, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, false, {}, {}},
+      {"stops short", {-2, .5, .5}, {-1, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, false, {}, {}},
+      {"misses the corner", {-1, .1, .5}, {.1, 1.2, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, false, {}, {}},
+      {"runs along an edge", {-1, 1, 1}, {2, 1, 1}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, 1, 1}, {1, 1, 1}},
+      {"touches an edge", {-1, 0, .5}, {1, 2, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, 1, .5}, {0, 1, .5}},
+      {"a point inside", {.5, .5, .5}, {.5, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {.5, .5, .5}, {.5, .5, .5}},
+      {"limits high to low", {-1, .5, .5}, {2, .5, .5}, {{1, 0}, {0, 1}, {0, 1}}, {}, true, {0, .5, .5}, {1, .5, .5}},
+      {"log x: 1..100 is 0..2", {-1, .5, .5}, {3, .5, .5}, {{1, 100}, {0, 1}, {0, 1}}, {true}, true, {0, .5, .5},
+       {2, .5, .5}},
+      {"log axis with a zero limit", {.5, .5, .5}, {.6, .5, .5}, {{0, 1}, {0, 1}, {0, 1}}, {false, true}, false, {},
+       {}},
+      {"NaN limit", {.5, .5, .5}, {.6, .5, .5}, {{0, 1}, {0, kNaN}, {0, 1}}, {}, false, {}, {}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeBounds bounds;
-    for (int k = 0; k < 3; ++k) {
-      bounds.limits[k][0] = c.limits[k][0];
-      bounds.limits[k][1] = c.limits[k][1];
-      bounds.log[k] = c.log[k];
-    }
-    const LineSegment3d got = ds::intersectWithAxesBounds(c.in, bounds);
+    std::copy(&c.limits[0][0], &c.limits[0][0] + 6, &bounds.limits[0][0]);
+    std::copy(std::begin(c.log), std::end(c.log), bounds.log);
+    const LineSegment3d got = ds::intersectWithAxesBounds(LineSegment3d(c.a, c.b), bounds);
     ASSERT_EQ(got.isValid(), c.valid);
     if (!c.valid) continue;
     EXPECT_TRUE(gui_objects::nearlyEqual(got.getStart(), c.start)) << got.getStart();
     EXPECT_TRUE(gui_objects::nearlyEqual(got.getEnd(), c.end)) << got.getEnd();
   }
+  FakeBounds bounds;
+  EXPECT_FALSE(ds::intersectWithAxesBounds(LineSegment3d(), bounds).isValid());
 }
 
 TEST(IntersectWithAxesBounds, AgreesWithDenseSampling) {
@@ -444,46 +306,23 @@ TEST(ComputeMainAxesIntercepts, FollowsTheCamera) {
   struct Case {
     const char* label;
     Point3d position;
-    Point3d target;
     double limits[3][2];
     Point3d expected;
   };
+  // clang-format off
   const Case cases[] = {
-      {"default view: front left, from above",
-       Point3d(-3, -4, 5),
-       Point3d(0.5, 0.5, 0.5),
-       {{0, 1}, {0, 2}, {0, 3}},
-       Point3d(0, 0, 0)},
-      {"from behind, right and below",
-       Point3d(4, 5, -6),
-       Point3d(0.5, 0.5, 0.5),
-       {{0, 1}, {0, 2}, {0, 3}},
-       Point3d(1, 2, 3)},
-      {"from the right, above",
-       Point3d(4, -1, 2),
-       Point3d(0.5, 0.5, 0.5),
-       {{0, 1}, {0, 2}, {0, 3}},
-       Point3d(1, 0, 0)},
-      {"straight from above: level along x and y",
-       Point3d(0.5, 0.5, 9),
-       Point3d(0.5, 0.5, 0.5),
-       {{0, 1}, {0, 2}, {0, 3}},
-       Point3d(0, 0, 0)},
-      {"limits given high to low",
-       Point3d(4, 5, -6),
-       Point3d(0.5, 0.5, 0.5),
-       {{1, 0}, {2, 0}, {3, 0}},
-       Point3d(1, 2, 3)},
+      {"default view: front left, from above", {-3, -4, 5}, {{0, 1}, {0, 2}, {0, 3}}, {0, 0, 0}},
+      {"from behind, right and below", {4, 5, -6}, {{0, 1}, {0, 2}, {0, 3}}, {1, 2, 3}},
+      {"from the right, above", {4, -1, 2}, {{0, 1}, {0, 2}, {0, 3}}, {1, 0, 0}},
+      {"straight from above: level along x and y", {0.5, 0.5, 9}, {{0, 1}, {0, 2}, {0, 3}}, {0, 0, 0}},
+      {"limits given high to low", {4, 5, -6}, {{1, 0}, {2, 0}, {3, 0}}, {1, 2, 3}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeBounds bounds;
     bounds.position = c.position;
-    bounds.target = c.target;
-    for (int k = 0; k < 3; ++k) {
-      bounds.limits[k][0] = c.limits[k][0];
-      bounds.limits[k][1] = c.limits[k][1];
-    }
+    std::copy(&c.limits[0][0], &c.limits[0][0] + 6, &bounds.limits[0][0]);
     EXPECT_EQ(ds::computeMainAxesIntercepts(bounds), c.expected);
   }
 }
