@@ -275,10 +275,11 @@ namespace camera_utils {
 // limits, a zero plot-box component). A tag: no base, no data, no message.
 class QVGUI_API BadLimitsException {};
 
-// Thrown when a camera cannot frame a bounding volume: the volume is invalid,
-// not finite or a single point, the viewport is empty, the view angle is not
-// in (0, 180) degrees, or the camera is degenerate (eye on the target, up
-// vector along the line of sight). A tag like BadLimitsException.
+// Thrown when a camera cannot frame a bounding volume: the volume is unset or
+// not finite, it has no extent (perspective) or projects to a single point
+// (orthographic), the viewport is empty, the view angle is not in (0, 180)
+// degrees, or the camera is degenerate (eye on the target, up vector zero or
+// along the line of sight). A tag like BadLimitsException.
 class QVGUI_API CouldNotFitCameraException {};
 
 // ---- Degree trigonometry
@@ -420,7 +421,9 @@ QVGUI_API void setAutoCameraModes(CameraModeProxy& proxy);
 // Full height of the smallest orthographic view window, centred on the line
 // of sight of `view`, that holds every corner of `volume` when the window is
 // `aspectRatio` (width / height) times as wide as high. Zero for a volume that
-// projects to the line of sight; NaN propagates.
+// projects to the line of sight. Throws CouldNotFitCameraException for an
+// unset or non-finite volume, a non-finite view, or an aspect ratio that is
+// not finite and positive.
 [[nodiscard]] QVGUI_API double computeHeight(const Matrix4x4d& view, const BoundingVolume& volume,
                                              double aspectRatio);
 
@@ -429,7 +432,9 @@ QVGUI_API void setAutoCameraModes(CameraModeProxy& proxy);
 // With warp-to-fill off the window keeps the viewport's aspect ratio; with it
 // on, width and height are fitted independently (the picture stretches to
 // fill). Near and far enclose the volume with a margin of 1% of its size.
-// Throws CouldNotFitCameraException (see above).
+// Fits exactly: some corner touches the viewport's edge. Throws
+// CouldNotFitCameraException (see above). isCameraViewAngleModeAuto and
+// isXConstraint are not consulted.
 [[nodiscard]] QVGUI_API Matrix4x4d fitOrthographicCamera(const ViewPortTransformProxy& viewport,
                                                          const BoundingVolume& volume);
 
