@@ -1,8 +1,8 @@
 // Minor tick positions between (and beyond) the major ticks of an axis.
 //
-// Linear axes: the major step is the smallest gap between neighbouring major
-// ticks (a render limit shown as an extra major tick sits at least a step
-// away, so it never sets the step). It is split into `linearSubdivisions`
+// Linear axes: the major step is the most frequent gap between neighbouring
+// major ticks that is a nice number (render limits shown as extra major ticks
+// sit at odd distances and do not set it). It is split into `linearSubdivisions`
 // intervals, by default 4 for a step of 2 times a power of ten and 5 for 1 or
 // 5 times one. Minor ticks lie on that grid, anchored at a major tick, off the
 // major grid, within the render limits.
@@ -40,14 +40,41 @@ int niceSubdivisions(double step) noexcept {
   return std::fabs(mantissa - 2.0) < 0.5 ? 4 : 5;
 }
 
+bool isNiceGap(double gap) noexcept {
+  const double mantissa = gap / std::pow(10.0, std::floor(std::log10(gap)));
+  for (double nice : {1.0, 2.0, 5.0, 10.0}) {
+    if (std::fabs(mantissa - nice) <= 1e-9 * nice) return true;
+  }
+  return false;
+}
+
 void linearMinors(const std::vector<double>& majors, double lo, double hi, int subdivisions, MinorWriter& w) {
+  // The major step: the most frequent nice gap (the larger on a tie), so that
+  // render limits shown as extra ticks at odd distances do not set it; without
+  // any nice gap, the smallest gap.
   double step = std::numeric_limits<double>::infinity();
   double anchor = majors.front();
+  int bestVotes = 0;
   for (std::size_t i = 1; i < majors.size(); ++i) {
     const double gap = majors[i] - majors[i - 1];
-    if (gap > 0 && gap < step * (1 - 1e-9)) {
+    if (!(gap > 0) || !isNiceGap(gap)) continue;
+    int votes = 0;
+    for (std::size_t j = 1; j < majors.size(); ++j) {
+      if (std::fabs(majors[j] - majors[j - 1] - gap) <= 1e-9 * gap) ++votes;
+    }
+    if (votes > bestVotes || (votes == bestVotes && gap > step * (1 + 1e-9))) {
+      bestVotes = votes;
       step = gap;
       anchor = majors[i];
+    }
+  }
+  if (bestVotes == 0) {
+    for (std::size_t i = 1; i < majors.size(); ++i) {
+      const double gap = majors[i] - majors[i - 1];
+      if (gap > 0 && gap < step) {
+        step = gap;
+        anchor = majors[i];
+      }
     }
   }
   if (!std::isfinite(step)) return;
