@@ -25,8 +25,20 @@ void warnOutOfUniqueHandles() { zrWarningMsgId(kOutOfUniqueHandlesId, g_director
 
 // ---- Blocks and the directory --------------------------------------------------------
 
-inline bool isFree(const HandleSlot& s) noexcept {
-  return s.object == nullptr && s.reuse != static_cast<std::uint32_t>(kHandleReuseLimit);
+inline void markUsed(HandleBlock* b, int s) noexcept {
+  b->freeBits[s >> 6] &= ~(std::uint64_t(1) << (s & 63));
+}
+inline void markFree(HandleBlock* b, int s) noexcept { b->freeBits[s >> 6] |= std::uint64_t(1) << (s & 63); }
+
+// The first slot at or after s that may be handed out, or -1.
+inline int firstFree(const HandleBlock* b, int s) noexcept {
+  int w = s >> 6;
+  std::uint64_t bits = b->freeBits[w] & (~std::uint64_t(0) << (s & 63));
+  for (;;) {
+    if (bits) return w * 64 + __builtin_ctzll(bits);
+    if (++w == kHandleBlockSize / 64) return -1;
+    bits = b->freeBits[w];
+  }
 }
 
 inline HandleSlot* findSlot(HandleTable_tag* table, std::int32_t index, HandleDirEntry** entry) noexcept {
@@ -52,6 +64,8 @@ HandleBlock* allocateBlock(HandleTable_tag* table, std::int32_t number) {
   auto* block = static_cast<HandleBlock*>(utMallocWithCheck(sizeof(HandleBlock)));
   HandleDirEntry& entry = table->directory[number];
   for (HandleSlot& s : block->slots) s = HandleSlot{nullptr, entry.reuseBase};
+  const bool usable = entry.reuseBase != std::uint32_t(kHandleReuseLimit);
+  for (std::uint64_t& w : block->freeBits) w = usable ? ~std::uint64_t(0) : 0;
   block->number = number;
   HandleBlock* prev = nullptr;
   for (HandleBlock* p = table->head; p && p->number < number; p = p->next) prev = p;
@@ -104,11 +118,10 @@ void searchHint() {
     s = 0;
   }
   for (;;) {
-    for (; s < kHandleBlockSize; ++s) {
-      if (isFree(block->slots[s])) {
-        g_nextFree = b * kHandleBlockSize + s;
-        return;
-      }
+    const int found = firstFree(block, s);
+    if (found >= 0) {
+      g_nextFree = b * kHandleBlockSize + found;
+      return;
     }
     HandleBlock* next = block->next;
     while (next && table->directory[next->number].live >= std::uint32_t(kHandleBlockSize)) next = next->next;
@@ -128,10 +141,10 @@ void searchHint() {
 SplitHandle splitHandle(double h) noexcept {
   SplitHandle r{false, false, 0, 0.0};
   if (!(h >= 0.0 && h < kHandleEnd)) return r;  // also rejects NaN
-  const double whole = std::floor(h);
+  // Truncation is the floor here: h is known to be in [0, 2^31 - 1).
   r.ok = true;
-  r.index = static_cast<std::int32_t>(whole);
-  r.scaledFraction = (h - whole) * kHandleReuseLimit;
+  r.index = static_cast<std::int32_t>(h);
+  r.scaledFraction = (h - r.index) * kHandleReuseLimit;
   r.whole = r.scaledFraction == 0.0;
   return r;
 }
@@ -201,9 +214,11 @@ bool bind_handle_in_table(HandleTable_tag* table, double h, void* object) {
   if (!entry.block) allocateBlock(table, b);
   // Callers bind only free handles, so an earlier binding is not looked for.
   ++entry.live;
-  HandleSlot& slot = entry.block->slots[s.index & (kHandleBlockSize - 1)];
+  const int k = s.index & (kHandleBlockSize - 1);
+  HandleSlot& slot = entry.block->slots[k];
   slot.reuse = static_cast<std::uint32_t>(s.scaledFraction);
   slot.object = object;
+  markUsed(entry.block, k);
   return true;
 }
 
@@ -225,6 +240,7 @@ void destroy_handle_in_table(HandleTable_tag* table, double h) {
   const bool retired = slot->reuse >= std::uint32_t(kHandleReuseLimit);
   // A retired slot retires its block number too, once the block is freed.
   entry->reuseBase = retired ? std::uint32_t(kHandleReuseLimit) : std::max(entry->reuseBase, slot->reuse);
+  if (!retired) markFree(entry->block, s.index & (kHandleBlockSize - 1));
   if (isGlobal(table) && s.index < g_nextFree && !retired) g_nextFree = s.index;
   if (--entry->live == 0) freeBlock(table, *entry);
 }
@@ -237,6 +253,7 @@ double new_handle(void* object) {
   HandleDirEntry* entry = nullptr;
   HandleSlot* slot = findSlot(&g_global, index, &entry);
   slot->object = object;
+  markUsed(entry->block, index & (kHandleBlockSize - 1));
   ++entry->live;
   const double h = index + slot->reuse * kReuseStep;
   try {
@@ -244,6 +261,7 @@ double new_handle(void* object) {
   } catch (...) {
     // No handle is handed out when the next one cannot be prepared.
     slot->object = nullptr;
+    markFree(entry->block, index & (kHandleBlockSize - 1));
     --entry->live;
     throw;
   }

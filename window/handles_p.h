@@ -15,6 +15,9 @@ struct HandleBlock {
   HandleSlot slots[kHandleBlockSize];
   std::int32_t number;
   HandleBlock* next;  // the next allocated block, in increasing block number
+  // Bit s is set while slot s may be handed out (unbound and not retired), so
+  // that the next-free search skips occupied runs a word at a time.
+  std::uint64_t freeBits[kHandleBlockSize / 64];
 };
 
 struct HandleDirEntry {

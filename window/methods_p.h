@@ -9,7 +9,9 @@
 #if defined(__GNUC__)
 #define QVGUI_LIKELY(x) __builtin_expect(!!(x), 1)
 #define QVGUI_ALWAYS_INLINE inline __attribute__((always_inline))
+#define QVGUI_NOINLINE __attribute__((noinline))
 #else
+#define QVGUI_NOINLINE
 #define QVGUI_LIKELY(x) (x)
 #define QVGUI_ALWAYS_INLINE inline
 #endif
@@ -109,20 +111,31 @@ void registerProfileFeatures();
 
 QVGUI_ALWAYS_INLINE winMethods_tag* methodsOf(const WinRec_tag* win) { return win->winMethods; }
 
+// The profiled path stays out of line so that the fast path needs no stack
+// frame: a load, a predictable branch and a tail call of the slot.
 template <int Index, class Fn, class... A>
-QVGUI_ALWAYS_INLINE auto callSlot(Fn fn, A... args) -> decltype(fn(args...)) {
-  if (QVGUI_LIKELY(!g_profileEnabled)) return fn(args...);
+QVGUI_NOINLINE auto callSlotProfiled(Fn fn, A... args) -> decltype(fn(args...)) {
   ProfileScope scope(Index);
   return fn(args...);
 }
 
+template <int Index, class Fn, class... A>
+QVGUI_ALWAYS_INLINE auto callSlot(Fn fn, A... args) -> decltype(fn(args...)) {
+  if (QVGUI_LIKELY(!g_profileEnabled)) return fn(args...);
+  return callSlotProfiled<Index>(fn, args...);
+}
+
 // Caller-checks slots: an empty slot is skipped and answers 0 / null.
+template <class Fn, class... A>
+QVGUI_ALWAYS_INLINE auto callIfSet(Fn fn, A... args) -> decltype(fn(args...)) {
+  using R = decltype(fn(args...));
+  return fn ? fn(args...) : R();
+}
+
 template <int Index, class Fn, class... A>
 QVGUI_ALWAYS_INLINE auto callCheckedSlot(Fn fn, A... args) -> decltype(fn(args...)) {
-  using R = decltype(fn(args...));
-  if (QVGUI_LIKELY(!g_profileEnabled)) return fn ? fn(args...) : R();
-  ProfileScope scope(Index);
-  return fn ? fn(args...) : R();
+  if (QVGUI_LIKELY(!g_profileEnabled)) return callIfSet(fn, args...);
+  return callSlotProfiled<Index>(&callIfSet<Fn, A...>, fn, args...);
 }
 
 }  // namespace qvgui_window
@@ -131,10 +144,15 @@ namespace qvgui_window {
 
 // Runs f as the profiled function Index (for the hand-written callers).
 template <int Index, class F>
-QVGUI_ALWAYS_INLINE auto profiled(F&& f) -> decltype(f()) {
-  if (QVGUI_LIKELY(!g_profileEnabled)) return f();
+QVGUI_NOINLINE auto profiledSlow(F& f) -> decltype(f()) {
   ProfileScope scope(Index);
   return f();
+}
+
+template <int Index, class F>
+QVGUI_ALWAYS_INLINE auto profiled(F&& f) -> decltype(f()) {
+  if (QVGUI_LIKELY(!g_profileEnabled)) return f();
+  return profiledSlow<Index>(f);
 }
 
 }  // namespace qvgui_window
