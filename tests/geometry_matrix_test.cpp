@@ -143,8 +143,8 @@ TEST(Matrix, RodriguesMatchesConjugatedAxisRotation) {
     const double angle = 4 * u(rng);
     n.normalize();
     // An orthonormal frame (e1, e2, n); F maps frame coordinates to world.
-    Vector3d helper = std::fabs(n.getX()) < 0.9 ? Vector3d(1, 0, 0) : Vector3d(0, 1, 0);
-    Vector3d e1 = helper.cross(n);
+    const Vector3d notParallel = std::fabs(n.getX()) < 0.9 ? Vector3d(1, 0, 0) : Vector3d(0, 1, 0);
+    Vector3d e1 = notParallel.cross(n);
     e1.normalize();
     const Vector3d e2 = n.cross(e1);
     const Matrix4x4d frame = fromRows({{{e1.getX(), e2.getX(), n.getX(), 0},

@@ -106,17 +106,6 @@ TEST(Points, SixteenBitConversion) {
   }
 }
 
-TEST(Points, InterchangeRecords) {
-  const Spoint2 s = Point2i(-4, 9);
-  EXPECT_EQ(s.x, -4);
-  EXPECT_EQ(s.y, 9);
-  EXPECT_EQ(Point2i(Spoint2{3, -2}), Point2i(3, -2));
-  const Real_point r = Point2d(1.5, -2.5);
-  EXPECT_EQ(Point2d(r), Point2d(1.5, -2.5));
-  const Real_point3 r3 = Point3d(1, 2, 3);
-  EXPECT_EQ(Point3d(r3), Point3d(1, 2, 3));
-}
-
 TEST(Points, LexicographicOrderWithNaNTies) {
   struct Case {
     const char* label;
@@ -191,12 +180,6 @@ TEST(Points, ProjectDividesByPositiveWOnly) {
   EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, -2).project()), InvalidWException);
   EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, -0.0).project()), InvalidWException);
   EXPECT_EQ(untouched, 42.0);
-}
-
-TEST(Points, HomogeneousLift) {
-  EXPECT_EQ(Point4d(Point3d(1, 2, 3)), Point4d(1, 2, 3, 1));
-  EXPECT_EQ(Point4d(Vector3d(1, 2, 3)), Point4d(1, 2, 3, 0));
-  EXPECT_EQ(Point4d().getW(), 1.0);
 }
 
 TEST(Points, Interpolation) {

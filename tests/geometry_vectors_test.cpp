@@ -134,9 +134,4 @@ TEST(Vectors, ProductsAndScalars) {
   EXPECT_EQ(Vector2i(Point2i(1, 2)), Vector2i(1, 2));
 }
 
-TEST(Vectors, Interpolation) {
-  EXPECT_EQ(interpolate(2.0, Vector3d(1, 1, 1), Vector3d(2, 0, 1)), Vector3d(3, -1, 1));
-  EXPECT_EQ(interpolate(0.25, Vector2d(0, 4), Vector2d(4, 0)), Vector2d(1, 3));
-}
-
 }  // namespace
