@@ -341,12 +341,18 @@ QVHOST_API void hostUnregisterFunction(const char* name);
 //               | '[' rows ']' (elements split by blanks or ',', rows by ';' or newline)
 //               | '@' name (a function handle) | '(' expr ')'
 //               | name | name '(' args ')'   (a variable is indexed, a function called)
-// '%' starts a comment to the end of the line. Arithmetic works on double values
-// (logical and char operands are read as doubles). Results are not echoed.
+// '%' starts a comment to the end of the line and '...' continues a line. In a
+// matrix "[1 -2]" has two elements, "[1 - 2]" one. Arithmetic works on double
+// values (logical and char operands are read as doubles); [] of only text
+// stays text. Indexing takes one (linear) or two positive integer subscripts.
+// Results are not echoed.
 // Names resolve to a variable, then a registered function, then a built-in:
 // error(msg), error(id, fmt, args...) (id when the first of two or more
 // arguments contains ':' and no blank), warning(...), disp, fprintf, sprintf,
-// feval, isequal, numel, isempty, class, zeros, ones, func2str, str2func.
+// feval, isequal, numel, isempty, class, size, zeros, ones, func2str,
+// str2func, Inf, NaN, pi, true, false. Formats follow printf with '\n' and
+// '\t' escapes; array arguments are used element by element and the format
+// repeats while they last.
 // The text is parsed completely before anything runs: a syntax error raises
 // ScriptException("Tavrix::host::SyntaxError") and runs nothing. An unknown
 // name raises ScriptException("Tavrix::host::UndefinedFunction"); error() in
@@ -358,11 +364,15 @@ QVHOST_API void hostUnregisterFunction(const char* name);
 // callers can tell a user's interrupt from an error in the code.
 QVHOST_API void hostEvalString(const char* text);
 // Calls a function, given as a function handle or a char array naming it.
+// plhs[0..nlhs-1] are set to null first and hold the outputs on success (each
+// requested output must be produced); errors arrive as in hostEvalString and
+// leave no outputs behind.
 QVHOST_API void hostCallFunction(const zrArray_tag* function, int nlhs, zrArray_tag** plhs, int nrhs,
                                  const zrArray_tag* const* prhs);
 QVHOST_API void hostCallFunctionByName(const char* name, int nlhs, zrArray_tag** plhs, int nrhs,
                                        const zrArray_tag* const* prhs);
-// Base-workspace variables (copies in and out; null when absent).
+// Base-workspace variables (copies in and out; null when absent; setting null
+// removes the variable).
 QVHOST_API void hostSetVariable(const char* name, const zrArray_tag* value);
 QVHOST_API zrArray_tag* hostGetVariable(const char* name);
 QVHOST_API void hostClearWorkspace();
