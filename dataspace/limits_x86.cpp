@@ -14,6 +14,16 @@ namespace {
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr float kInfF = std::numeric_limits<float>::infinity();
 
+// The scans do a dozen operations per vector where a plain sum does one, which
+// leaves fewer loads in flight; prefetching this far ahead at every loop turn
+// keeps the memory reads at the speed of the sum. Prefetches past
+// the end are harmless.
+constexpr std::size_t kPrefetchBytes = 4096;
+
+inline void prefetch(const void* p) noexcept {
+  _mm_prefetch(static_cast<const char*>(p) + kPrefetchBytes, _MM_HINT_T0);
+}
+
 // The floating-point scans make every lane that must not count NaN (by OR-ing
 // all ones into it) and rely on MIN/MAX returning their second operand when an
 // operand is NaN: min(candidate, accumulator) then leaves the accumulator alone
@@ -121,6 +131,7 @@ ExtentsScan scanDoubleSse2(const double* p, std::size_t n) noexcept {
   Sse2Double a, b;
   std::size_t i = 0;
   for (; i + 4 <= n; i += 4) {
+    prefetch(p + i);
     a.add(_mm_loadu_pd(p + i));
     b.add(_mm_loadu_pd(p + i + 2));
   }
@@ -132,6 +143,7 @@ ExtentsScan scanFloatSse2(const float* p, std::size_t n) noexcept {
   Sse2Float a, b;
   std::size_t i = 0;
   for (; i + 8 <= n; i += 8) {
+    prefetch(p + i);
     a.add(_mm_loadu_ps(p + i));
     b.add(_mm_loadu_ps(p + i + 4));
   }
@@ -147,6 +159,7 @@ ExtentsScan scanInt16Sse2(const std::int16_t* p, std::size_t n) noexcept {
   __m128i uminPred = _mm_set1_epi16(0x7FFF);  // biased unsigned 0xFFFF
   std::size_t i = 0;
   for (; i + 8 <= n; i += 8) {
+    prefetch(p + i);
     const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i));
     lo = _mm_min_epi16(lo, x);
     hi = _mm_max_epi16(hi, x);
@@ -185,6 +198,7 @@ QVGUI_AVX2 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept {
   __m256d mn[2] = {inf, inf}, mx[2] = {ninf, ninf}, ng[2] = {ninf, ninf}, ps[2] = {inf, inf};
   std::size_t i = 0;
   for (; i + 8 <= n; i += 8) {
+    prefetch(p + i);
     for (int k = 0; k < 2; ++k) {
       const __m256d x = _mm256_loadu_pd(p + i + 4 * k);
       const __m256d finite = _mm256_or_pd(x, _mm256_cmp_pd(_mm256_and_pd(x, absMask), inf, _CMP_NLT_UQ));
@@ -212,6 +226,7 @@ QVGUI_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
   __m256 mn[2] = {inf, inf}, mx[2] = {ninf, ninf}, ng[2] = {ninf, ninf}, ps[2] = {inf, inf};
   std::size_t i = 0;
   for (; i + 16 <= n; i += 16) {
+    prefetch(p + i);
     for (int k = 0; k < 2; ++k) {
       const __m256 x = _mm256_loadu_ps(p + i + 8 * k);
       const __m256 finite = _mm256_or_ps(x, _mm256_cmp_ps(_mm256_and_ps(x, absMask), inf, _CMP_NLT_UQ));
@@ -238,6 +253,7 @@ QVGUI_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexc
   __m256i uminPred = _mm256_set1_epi16(static_cast<short>(0xFFFF));
   std::size_t i = 0;
   for (; i + 16 <= n; i += 16) {
+    prefetch(p + i);
     const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + i));
     lo = _mm256_min_epi16(lo, x);
     hi = _mm256_max_epi16(hi, x);
