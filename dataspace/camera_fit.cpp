@@ -77,11 +77,19 @@ EyeExtent eyeExtent(const Matrix4x4d& view, const std::array<Point3d, 8>& corner
   return e;
 }
 
+// The rows r0, r1, r2 with translations t0, t1, t2; bottom row (0, 0, 0, 1).
 Matrix4x4d fromRows(const Vector3d& r0, double t0, const Vector3d& r1, double t1, const Vector3d& r2,
                     double t2) {
-  const double m[16] = {r0.getX(), r1.getX(), r2.getX(), 0.0, r0.getY(), r1.getY(), r2.getY(), 0.0,
-                        r0.getZ(), r1.getZ(), r2.getZ(), 0.0, t0,        t1,        t2,        1.0};
-  return Matrix4x4d(m);
+  Matrix4x4d m;
+  const Vector3d* rows[3] = {&r0, &r1, &r2};
+  const double translation[3] = {t0, t1, t2};
+  for (int i = 0; i < 3; ++i) {
+    m.set(i + 1, 1, rows[i]->getX());
+    m.set(i + 1, 2, rows[i]->getY());
+    m.set(i + 1, 3, rows[i]->getZ());
+    m.set(i + 1, 4, translation[i]);
+  }
+  return m;
 }
 
 }  // namespace
@@ -109,23 +117,14 @@ Matrix4x4d makeViewPortTransform(const Rectangle2d& viewport) noexcept {
   const double hw = viewport.getWidth() * 0.5;
   const double hh = viewport.getHeight() * 0.5;
   // Pixel y grows downwards, so NDC +1 goes to the top edge (yMin).
-  const double m[16] = {hw,
-                        0.0,
-                        0.0,
-                        0.0,
-                        0.0,
-                        -hh,
-                        0.0,
-                        0.0,
-                        0.0,
-                        0.0,
-                        0.5,
-                        0.0,
-                        viewport.getXMin() + hw,
-                        viewport.getYMin() + hh,
-                        0.5,
-                        1.0};
-  return Matrix4x4d(m);
+  Matrix4x4d m;
+  m.set(1, 1, hw);
+  m.set(1, 4, viewport.getXMin() + hw);
+  m.set(2, 2, -hh);
+  m.set(2, 4, viewport.getYMin() + hh);
+  m.set(3, 3, 0.5);
+  m.set(3, 4, 0.5);
+  return m;
 }
 
 Matrix4x4d makeWorldToPixelTransform(const ViewPortTransformProxy& viewport) {

@@ -167,6 +167,7 @@ TEST(ComputeHeight, WiderOfTheTwoConstraints) {
     double aspect;
     double height;
   };
+  // clang-format off
   const Case cases[] = {
       {"square viewport", cube, 1.0, 2.0},
       {"wide viewport: height decides", cube, 2.0, 2.0},
@@ -174,6 +175,7 @@ TEST(ComputeHeight, WiderOfTheTwoConstraints) {
       {"box off the line of sight", BoundingVolume(Point3d(3, 0, 0), Point3d(4, 1, 1)), 1.0, 8.0},
       {"stick along the line of sight", BoundingVolume(Point3d(0, -1, 0), Point3d(0, 1, 0)), 1.0, 0.0},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     EXPECT_NEAR(cu::computeHeight(front, c.volume, c.aspect), c.height, 1e-12);
@@ -272,14 +274,14 @@ TEST(CameraFitting, UnframeableInputThrowsAndPublishesNothing) {
   const Rectangle2d rect(0, 0, 100, 50);
   const Point3d eye(0, -10, 0);
   const Vector3d up(0, 0, 1);
+  const BoundingVolume point(Point3d(0, 3, 0), Point3d(0, 3, 0)), stick(Point3d(0, -3, 0), Point3d(0, 3, 0));
+  // clang-format off
   const Case cases[] = {
       {"unset volume", BoundingVolume(), rect, eye, up, 30, true},
       {"NaN volume", BoundingVolume(Point3d(kNaN, 0, 0), Point3d(1, 1, 1)), rect, eye, up, 30, true},
-      {"point on the line of sight", BoundingVolume(Point3d(0, 3, 0), Point3d(0, 3, 0)), rect, eye, up, 30,
-       true},
+      {"point on the line of sight", point, rect, eye, up, 30, true},
       // Seen end-on a stick is a point to an orthographic camera only.
-      {"stick along the line of sight", BoundingVolume(Point3d(0, -3, 0), Point3d(0, 3, 0)), rect, eye, up,
-       30, true, false},
+      {"stick along the line of sight", stick, rect, eye, up, 30, true, false},
       {"empty viewport", cube, Rectangle2d(5, 5, 5, 50), eye, up, 30, true},
       {"zero view angle", cube, rect, eye, up, 0, false},
       {"straight view angle", cube, rect, eye, up, 180, false},
@@ -288,6 +290,7 @@ TEST(CameraFitting, UnframeableInputThrowsAndPublishesNothing) {
       {"up along the line of sight", cube, rect, eye, Vector3d(0, 2, 0), 30, true},
       {"zero up vector", cube, rect, eye, Vector3d(0, 0, 0), 30, true},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeViewport vp;
