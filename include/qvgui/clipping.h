@@ -29,8 +29,9 @@ namespace gui_objects {
 //
 // A point exactly on a canonical boundary (x == w) is inside, a point exactly
 // on a user plane is outside. Point4d::outCodeForPlane gives the bit of a
-// plane, Point4d::calculateOutcodes the outcode of a point. User planes come as an array of six pointers
-// (entries may be null); a plane's positive side is the visible side.
+// plane, Point4d::calculateOutcodes the outcode of a point. User planes come
+// as an array of six pointers (entries may be null); a plane's positive side
+// is the visible side.
 using Outcode = std::uint16_t;
 
 inline constexpr std::size_t kCanonicalClipPlanes = 6;
@@ -39,8 +40,8 @@ inline constexpr std::size_t kClipPlanes = kCanonicalClipPlanes + kUserClipPlane
 
 // The fraction t along p0 -> p1 at which the segment meets clipping plane
 // planeIndex. Not guarded against division by zero: call it only for a plane
-// the two points lie on different sides of. A null user plane, and an index
-// of 12 or more, give 0.
+// the two points lie on different sides of. A null user plane (or a null
+// array), and an index of 12 or more, give 0.
 [[nodiscard]] QVGUI_API double calculate_line_t(Point4d const& p0, Point4d const& p1, std::size_t planeIndex,
                                                 Plane3d const* const* userPlanes);
 
@@ -68,6 +69,7 @@ class QVGUI_API VertexVector {
   // and every bound attribute. InvalidIndexException for an index out of range.
   VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices);
   VertexVector(VertexVector const& other);
+  // Leaves other empty and usable (which costs it a fresh allocation).
   VertexVector(VertexVector&& other);
   VertexVector& operator=(VertexVector const& other);
   VertexVector& operator=(VertexVector&& other) noexcept;
