@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -18,7 +20,23 @@ constexpr AxisType kAxes[3] = {kXAxis, kYAxis, kZAxis};
 // The decimal exponent of a raw step: log10 truncated toward zero, one less
 // when the logarithm is negative. An exact negative power of ten therefore gets
 // one less than its logarithm (0.1 -> -2), which the mantissa rules expect.
+//
+// log10 was the costliest part of the search, so it is asked only near a power
+// of ten: when raw lies between 10^k and 10^(k+1) with a relative margin of
+// 1e-12 (far more than log10's rounding moves the logarithm, even at |k| near
+// 300), its logarithm is strictly inside (k, k + 1) and both rules give k.
 int stepExponent(double raw) noexcept {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &raw, sizeof bits);
+  const int biased = static_cast<int>((bits >> 52) & 0x7FF);
+  if (biased != 0 && biased != 0x7FF) {
+    // floor((binary exponent) * log10(2)), then settled against the table.
+    int k = ((biased - 1023) * 78913) >> 18;
+    while (k < detail::kPow10Max && detail::pow10i(k + 1) <= raw) ++k;
+    while (k > detail::kPow10Min && detail::pow10i(k) > raw) --k;
+    constexpr double kMargin = 1e-12;
+    if (raw > detail::pow10i(k) * (1 + kMargin) && raw < detail::pow10i(k + 1) * (1 - kMargin)) return k;
+  }
   const double lg = std::log10(raw);
   int e = static_cast<int>(lg);
   if (lg < 0) e -= 1;
@@ -30,14 +48,16 @@ struct Candidate {
   double last;
 };
 
-// The first window of n ticks that the nice step sequence (starting at the
-// step suited to `raw`) places over [L, H], or (-inf, +inf) when the width
-// overflows first.
-Candidate searchWindow(double L, double H, double raw, double k, InOut mode) noexcept {
-  const bool inside = mode != kEnclosing;
+// The nice step a search for a raw step starts from: 10^e times mantissa j.
+struct StepChoice {
+  int e;
+  int j;
+};
+
+StepChoice firstStep(double raw, InOut mode) noexcept {
   int e = stepExponent(raw);
   double m = raw / detail::pow10i(e);
-  if (!inside && m > 5) {
+  if (mode == kEnclosing && m > 5) {
     e += 1;
     m /= 10;
   }
@@ -49,6 +69,15 @@ Candidate searchWindow(double L, double H, double raw, double k, InOut mode) noe
     }
   }
   if (mode == kInside && j > 1) j -= 1;
+  return {e, j};
+}
+
+// The first window of k + 1 ticks that the nice step sequence (from `s` on)
+// places over [L, H], or (-inf, +inf) when the width overflows first.
+Candidate searchWindow(double L, double H, StepChoice s, double k, InOut mode) noexcept {
+  const bool inside = mode != kEnclosing;
+  int e = s.e;
+  int j = s.j;
   double step = detail::pow10i(e) * kMantissa[j];
   double width = step * k;
   while (std::isfinite(width)) {
@@ -96,13 +125,27 @@ int calculateLinearTicks(double* lower, double* upper, int minTicks, int maxTick
   double best = inside ? DBL_MIN : DBL_MAX;
   if (minTicks > maxTicks) return 0;
   const int firstCount = std::max(minTicks, 2);
+  const double magnitude = std::fabs(L) + std::fabs(H);
+  const bool prunable = magnitude < 1e300;
   int result = 0;
   for (int n = firstCount; n <= maxTicks; ++n) {
     const double k = n - 1;
     const double raw = (H - L) / k;
     Candidate c{-kInf, kInf};
     if (!(raw > 0)) continue;  // limits too large to have a gap between them
-    if (std::isfinite(raw)) c = searchWindow(L, H, raw, k, mode);
+    if (std::isfinite(raw)) {
+      const StepChoice s = firstStep(raw, mode);
+      // In enclosing mode the window only widens as the search goes on, so a
+      // count whose first width already exceeds the best span (beyond what
+      // rounding of first and last can take back) is rejected unsearched. Far
+      // from the double range's end no window can overflow, so skipping the
+      // search cannot skip a "3" answer either.
+      if (!inside && n != firstCount && prunable) {
+        const double width = detail::pow10i(s.e) * kMantissa[s.j] * k;
+        if (width * (1 - 16 * DBL_EPSILON) - 8 * DBL_EPSILON * magnitude > best) continue;
+      }
+      c = searchWindow(L, H, s, k, mode);
+    }
     if (!std::isfinite(c.first) || !std::isfinite(c.last)) return 3;
     bool accept;
     if (inside) {

@@ -14,7 +14,6 @@
 //    (1, 2, 5, 10, 20, ...), then 1..9 values, then the linear nice ticks of
 //    the range, whichever first gives between two and the largest tick count.
 #include <algorithm>
-#include <array>
 #include <cfloat>
 #include <cmath>
 #include <memory>
@@ -25,18 +24,6 @@
 namespace gui_objects::tickpicker {
 namespace detail {
 namespace {
-
-constexpr int kMinExp = -340;
-constexpr int kMaxExp = 320;
-
-const std::array<double, kMaxExp - kMinExp + 1>& powerTable() noexcept {
-  static const auto table = [] {
-    std::array<double, kMaxExp - kMinExp + 1> t{};
-    for (int e = kMinExp; e <= kMaxExp; ++e) t[e - kMinExp] = std::pow(10.0, e);
-    return t;
-  }();
-  return table;
-}
 
 // The smallest k with 10^k >= v, and the largest with 10^k <= v (v > 0 finite).
 int ceilDecade(double v) noexcept {
@@ -101,12 +88,6 @@ NReals* ticksForMagnitudes(double lo, double hi, bool negative, int maxTicks) {
 }
 
 }  // namespace
-
-double pow10i(int e) noexcept {
-  if (e < kMinExp) return 0.0;
-  if (e > kMaxExp) return std::numeric_limits<double>::infinity();
-  return powerTable()[e - kMinExp];
-}
 
 double pow10x(double x) noexcept {
   if (x == std::trunc(x) && std::fabs(x) < 1000) return pow10i(static_cast<int>(x));

@@ -4,14 +4,18 @@
 #include <cmath>
 #include <limits>
 
+#include "dataspace/ticks_pow10_p.h"
 #include "qvgui/dataspace.h"
 
 namespace gui_objects::tickpicker::detail {
 
-// 10^e for integer e, the same value std::pow(10.0, e) gives, from a table:
-// the picker asks for it in every candidate step, and pow dominated the cost.
-// Out-of-range exponents give 0 or +infinity as pow would.
-double pow10i(int e) noexcept;
+// 10^e for integer e, correctly rounded (0 below the double range, +infinity
+// above). A table lookup: the picker asks for it in every candidate step.
+inline double pow10i(int e) noexcept {
+  if (e < kPow10Min) return 0.0;
+  if (e > kPow10Max) return std::numeric_limits<double>::infinity();
+  return kPowersOfTen[e - kPow10Min];
+}
 
 // 10^x for the exponent of a tick: whole exponents come from the table (exact
 // powers of ten), others from std::pow.

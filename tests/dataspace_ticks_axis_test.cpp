@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "dataspace_ticks_fake_axis.h"
@@ -15,9 +16,12 @@ namespace {
 using namespace tickpicker_testing;
 using ::testing::Message;
 
+// Compared with the correctly rounded decimal literal (std::pow is one unit in
+// the last place off at a few exponents, 10^210 among them).
 bool isPowerOfTen(double v) {
   const double m = std::fabs(v);
-  return m > 0 && m == std::pow(10.0, std::round(std::log10(m)));
+  if (!(m > 0) || !std::isfinite(m)) return false;
+  return m == std::stod("1e" + std::to_string(std::lround(std::log10(m))));
 }
 
 TEST(LogTicks, DecadeLimits) {
