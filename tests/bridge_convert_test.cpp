@@ -15,51 +15,30 @@ using namespace gui_objects;
 using gk::ZrArrayPtr;
 namespace oc = gk::objConvert;
 
-constexpr zrClassID kNumericClasses[] = {zrDOUBLE_CLASS, zrSINGLE_CLASS, zrINT8_CLASS,  zrUINT8_CLASS,
-                                         zrINT16_CLASS,  zrUINT16_CLASS, zrINT32_CLASS, zrUINT32_CLASS,
-                                         zrINT64_CLASS,  zrUINT64_CLASS};
+template <class T>
+void fill(void* data, const std::vector<double>& values) {
+  for (std::size_t k = 0; k < values.size(); ++k) static_cast<T*>(data)[k] = static_cast<T>(values[k]);
+}
+
+using Filler = void (*)(void*, const std::vector<double>&);
+struct NumericClass {
+  zrClassID id;
+  Filler fill;
+};
+constexpr NumericClass kNumericClasses[] = {
+    {zrDOUBLE_CLASS, fill<double>},      {zrSINGLE_CLASS, fill<float>},
+    {zrINT8_CLASS, fill<std::int8_t>},   {zrUINT8_CLASS, fill<std::uint8_t>},
+    {zrINT16_CLASS, fill<std::int16_t>}, {zrUINT16_CLASS, fill<std::uint16_t>},
+    {zrINT32_CLASS, fill<std::int32_t>}, {zrUINT32_CLASS, fill<std::uint32_t>},
+    {zrINT64_CLASS, fill<std::int64_t>}, {zrUINT64_CLASS, fill<std::uint64_t>},
+};
 
 // An m-by-n array of the class holding the values (column-major), each
 // converted to the element type.
 ZrArrayPtr numeric(zrClassID cls, zrSize m, zrSize n, const std::vector<double>& values) {
   ZrArrayPtr a(zrCreateNumericMatrix(m, n, cls));
-  void* data = zrGetData(a.get());
-  for (std::size_t k = 0; k < values.size(); ++k) {
-    const double v = values[k];
-    switch (cls) {
-      case zrDOUBLE_CLASS:
-        static_cast<double*>(data)[k] = v;
-        break;
-      case zrSINGLE_CLASS:
-        static_cast<float*>(data)[k] = static_cast<float>(v);
-        break;
-      case zrINT8_CLASS:
-        static_cast<std::int8_t*>(data)[k] = static_cast<std::int8_t>(v);
-        break;
-      case zrUINT8_CLASS:
-        static_cast<std::uint8_t*>(data)[k] = static_cast<std::uint8_t>(v);
-        break;
-      case zrINT16_CLASS:
-        static_cast<std::int16_t*>(data)[k] = static_cast<std::int16_t>(v);
-        break;
-      case zrUINT16_CLASS:
-        static_cast<std::uint16_t*>(data)[k] = static_cast<std::uint16_t>(v);
-        break;
-      case zrINT32_CLASS:
-        static_cast<std::int32_t*>(data)[k] = static_cast<std::int32_t>(v);
-        break;
-      case zrUINT32_CLASS:
-        static_cast<std::uint32_t*>(data)[k] = static_cast<std::uint32_t>(v);
-        break;
-      case zrINT64_CLASS:
-        static_cast<std::int64_t*>(data)[k] = static_cast<std::int64_t>(v);
-        break;
-      case zrUINT64_CLASS:
-        static_cast<std::uint64_t*>(data)[k] = static_cast<std::uint64_t>(v);
-        break;
-      default:
-        break;
-    }
+  for (const NumericClass& c : kNumericClasses) {
+    if (c.id == cls) c.fill(zrGetData(a.get()), values);
   }
   return a;
 }
@@ -88,7 +67,8 @@ Failure failureOf(const std::function<void()>& f) {
 }
 
 TEST(BridgeConvert, BoundingVolumeFromEveryNumericClass) {
-  for (const zrClassID cls : kNumericClasses) {
+  for (const NumericClass& numericClass : kNumericClasses) {
+    const zrClassID cls = numericClass.id;
     ZrArrayPtr box = numeric(cls, 2, 3, {0, 1, 0, 1, 0, 1});  // [0 0 0; 1 1 1]
     SCOPED_TRACE(zrGetClassName(box.get()));
     EXPECT_EQ(oc::toBoundingVolume(box.get()), BoundingVolume(Point3d(0, 0, 0), Point3d(1, 1, 1)));
@@ -141,7 +121,8 @@ TEST(BridgeConvert, ReaderChecksInOrder) {
 }
 
 TEST(BridgeConvert, LinesTakeOnePointPerRow) {
-  for (const zrClassID cls : kNumericClasses) {
+  for (const NumericClass& numericClass : kNumericClasses) {
+    const zrClassID cls = numericClass.id;
     ZrArrayPtr rows = numeric(cls, 2, 3, {1, 4, 2, 5, 3, 6});  // [1 2 3; 4 5 6]
     SCOPED_TRACE(zrGetClassName(rows.get()));
     const Line3d line = oc::toLine3d(rows.get());
@@ -214,22 +195,15 @@ TEST(BridgeConvert, RandomRoundTrips) {
 }
 
 TEST(BridgeConvert, ArraysMade) {
+  // The arrays made here are double, single or uint32.
   auto values = [](const ZrArrayPtr& a) {
     std::vector<double> out;
+    const void* d = zrGetData(a.get());
+    const zrClassID c = zrGetClassID(a.get());
     for (zrSize k = 0; k < zrGetNumberOfElements(a.get()); ++k) {
-      switch (zrGetClassID(a.get())) {
-        case zrDOUBLE_CLASS:
-          out.push_back(zrGetPr(a.get())[k]);
-          break;
-        case zrSINGLE_CLASS:
-          out.push_back(static_cast<const float*>(zrGetData(a.get()))[k]);
-          break;
-        case zrUINT32_CLASS:
-          out.push_back(static_cast<const std::uint32_t*>(zrGetData(a.get()))[k]);
-          break;
-        default:
-          ADD_FAILURE() << "unexpected class";
-      }
+      out.push_back(c == zrDOUBLE_CLASS   ? static_cast<const double*>(d)[k]
+                    : c == zrSINGLE_CLASS ? static_cast<const float*>(d)[k]
+                                          : static_cast<const std::uint32_t*>(d)[k]);
     }
     return out;
   };
