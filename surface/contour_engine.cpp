@@ -271,23 +271,30 @@ int ContourEngine::cont_ambig(Real_point* point) noexcept {
   return next_box();
 }
 
-// Traces one line from the current (box, side) into the workspace.
-bool ContourEngine::cont_start(ContourResult& /*result*/) {
+// Traces one line from the current (box, side) into the buffer, which is
+// the workspace (it moves when the workspace grows).
+bool ContourEngine::cont_start(Real_point* buffer) {
   if (get_used_flag()) return false;
   pointCount_ = 0;
-  if (capacity_ < 2) growWorkSpace();
-  if (cont_intercept(workspace_) != 1) return false;
+  if (capacity_ < 2) {
+    growWorkSpace();
+    buffer = workspace_;
+  }
+  if (cont_intercept(buffer) != 1) return false;
   set_used_flag();
   pointCount_ = 1;
   int answer;
   do {
     if (utIsInterruptPending()) return false;
-    Real_point* slot = workspace_ + pointCount_;
+    Real_point* slot = buffer + pointCount_;
     answer = cont_ambig(slot);
     if (answer < 0) break;
     const Real_point& previous = slot[-1];
     if (slot->x == previous.x && slot->y == previous.y) continue;  // reuse the slot
-    if (++pointCount_ == capacity_) growWorkSpace();
+    if (++pointCount_ == capacity_) {
+      growWorkSpace();
+      buffer = workspace_;
+    }
   } while (answer != 0);
   return true;
 }
@@ -302,7 +309,7 @@ bool ContourEngine::tryStart(int i, int j, int side, ContourResult& result) {
   side_ = side;
   if (get_used_flag()) return true;
   if (utIsInterruptPending()) return false;
-  if (cont_start(result)) result.append(level_, pointCount_, workspace_);
+  if (cont_start(workspace_)) result.append(level_, pointCount_, workspace_);
   return true;
 }
 

@@ -203,6 +203,23 @@ TEST(ContourEngine, HoleSplitsLine) {
   for (const Line& line : lines)
     for (const Real_point& p : line.points) EXPECT_EQ(p.x, 1.5);
 
+  // A ridge through the hole: four pieces, in the order of the neighbours
+  // table (above-left, above-right, below-right, below-left).
+  Grid ridge = makeGrid(5, 5, [](double x, double) { return -std::fabs(x - 2); });
+  ridge.at(2, 2) = kNaN;
+  const std::vector<Line> pieces = trace(ridge, {-0.5}, -2.0, 0.0);
+  ASSERT_EQ(pieces.size(), 4u);
+  const double expectedX[4] = {1.5, 2.5, 2.5, 1.5};
+  const int expectedRows[4][2] = {{1, 0}, {1, 0}, {3, 4}, {3, 4}};
+  for (int k = 0; k < 4; ++k) {
+    SCOPED_TRACE(k);
+    ASSERT_EQ(pieces[k].points.size(), 2u);
+    for (int p = 0; p < 2; ++p) {
+      EXPECT_EQ(pieces[k].points[p].x, expectedX[k]);
+      EXPECT_EQ(pieces[k].points[p].y, ridge.rowY(expectedRows[k][p]));
+    }
+  }
+
   // A level that stays clear of the hole's boxes is untouched.
   const std::vector<Line> clear = trace(g, {3.5}, 0.0, 4.0);
   ASSERT_EQ(clear.size(), 1u);

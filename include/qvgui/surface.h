@@ -105,7 +105,7 @@ class QVGUI_API ContourEngine {
   [[nodiscard]] static constexpr int nextSide(int side) noexcept { return (side + 1) & 3; }
   [[nodiscard]] int cont_intercept(Real_point* point) const noexcept;
   [[nodiscard]] int cont_ambig(Real_point* point) noexcept;
-  [[nodiscard]] bool cont_start(ContourResult& result);
+  [[nodiscard]] bool cont_start(Real_point* buffer);
   [[nodiscard]] bool findLines(double level, ContourResult& result, const std::size_t* holes,
                                std::size_t holeCount);
   [[nodiscard]] bool tryStart(int i, int j, int side, ContourResult& result);
