@@ -55,6 +55,7 @@ PatchProxy::~PatchProxy() = default;
 
 std::size_t howManyPatchVerticesAreOk(std::size_t face, std::size_t faceCount, std::size_t maxVertices,
                                       const double* faces, std::size_t vertexCount) {
+  if (faces == nullptr) return 0;
   const auto nv = static_cast<double>(vertexCount);
   for (std::size_t pos = 0; pos < maxVertices; ++pos) {
     const double value = faces[face + pos * faceCount];
