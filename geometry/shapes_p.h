@@ -1,4 +1,4 @@
-// Shared helpers of the plane, line, quad and rectangle code: the throw point
+// Shared pieces of the plane, line, quad and rectangle code: the throw point
 // of the tag exceptions and the host tolerance test against zero.
 #pragma once
 
