@@ -8,8 +8,6 @@
 namespace gui_objects {
 namespace {
 
-constexpr double kAbsent = DataExtents::kAbsent;
-
 // The single place where inconsistent extents are rejected.
 [[noreturn]] void throwInvalidDataExtents() { throw InvalidDataExtentsException(); }
 
