@@ -826,7 +826,13 @@ QVGUI_API void nicefyLimits(AxisDescriptor& desc);
 // setAxisTickData.
 QVGUI_API void computeAxisTicks(AxisDescriptor& desc, AxisType axis, int biasLow, int biasHigh);
 QVGUI_API void computeAxisTicks(AxisDescriptor& desc, int biasLow, int biasHigh);
-// The major tick positions; the caller owns the returned record.
+// The major tick positions; the caller owns the returned record. Linear axes:
+// numTicks evenly spaced values from tickLower, plus a render limit lying a
+// full step or more beyond them. Logarithmic axes (tick limits are exponents):
+// powers of ten inside the render limits, every decade or every few decades
+// for long ranges; a range within about one decade gets 1-2-5 (then 1..9)
+// multiples of powers of ten, or linear nice ticks; a range that reaches zero
+// shows decades on one sign side only, from its smallest known data value.
 [[nodiscard]] QVGUI_API NReals* calculateTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks,
                                                      double tickLower, double tickUpper, double renderLower,
                                                      double renderUpper, AxisScale scale);
