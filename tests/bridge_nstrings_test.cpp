@@ -281,6 +281,9 @@ TEST(BridgeNStringsHost, ToHostValues) {
   list.setFormat(static_cast<NStrings::OutputFormat>(7));
   EXPECT_EQ(list.toMatrix(), nullptr);
 
+  gui_objects::ZrArrayPtr noRows(NStrings().toMatrix());
+  EXPECT_TRUE(zrIsChar(noRows.get()));
+  EXPECT_EQ(zrGetNumberOfElements(noRows.get()), 0u);
   gui_objects::ZrArrayPtr none(NStrings_to_CellArray(nullptr));
   EXPECT_EQ(zrGetNumberOfElements(none.get()), 0u);
 
