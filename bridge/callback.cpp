@@ -373,6 +373,10 @@ bool MCallback::execute(const zrArray_tag* source, const zrArray_tag* event) {
     }
   }
 
+  try {
+    hostPublishWorkspaceEvents();
+  } catch (...) {
+  }
   if (leave != nullptr) leave(hookData);
   release();
   return ok;

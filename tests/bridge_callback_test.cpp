@@ -251,9 +251,11 @@ TEST_F(BridgeCallback, RunsTextNamesAndHandles) {
     g_calls.clear();
     MCallback* cb = MatrixToMCallback(c.value.get());
     const int entered = g_hooks.entered;
+    const std::size_t published = hostWorkspaceEventsPublished();
     hostSetInterruptsEnabled(false);
     EXPECT_TRUE(ExecuteMCallback(cb, source.get(), event.get()));
     EXPECT_FALSE(hostInterruptsEnabled());
+    EXPECT_EQ(hostWorkspaceEventsPublished(), published + 1);
     EXPECT_EQ(g_hooks.entered, entered + 1);
     EXPECT_EQ(g_hooks.left, g_hooks.entered);
     ASSERT_EQ(g_calls.size(), 1u);
