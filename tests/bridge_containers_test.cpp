@@ -3,132 +3,86 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
 
-#include "qvgui/bridge.h"
+#include "bridge_test_support.h"
 
 namespace {
 
 using namespace gui_objects;
-using gk::ZrArrayPtr;
-
-ZrArrayPtr doubles(zrSize m, zrSize n, const std::vector<double>& values) {
-  ZrArrayPtr a(zrCreateDoubleMatrix(m, n));
-  for (std::size_t k = 0; k < values.size(); ++k) zrGetPr(a.get())[k] = values[k];
-  return a;
-}
-
-template <class T>
-ZrArrayPtr typed(zrClassID cls, zrSize m, zrSize n, const std::vector<T>& values) {
-  ZrArrayPtr a(zrCreateNumericMatrix(m, n, cls));
-  for (std::size_t k = 0; k < values.size(); ++k) static_cast<T*>(zrGetData(a.get()))[k] = values[k];
-  return a;
-}
-
-enum class Failure { None, Null, Class, Shape, Data, CDataType, RGBA };
-
-Failure failureOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const NullArrayException&) {
-    return Failure::Null;
-  } catch (const InvalidArrayClassException&) {
-    return Failure::Class;
-  } catch (const InvalidArrayShapeException&) {
-    return Failure::Shape;
-  } catch (const InvalidArrayDataException&) {
-    return Failure::Data;
-  } catch (const invalidCDataTypeException&) {
-    return Failure::CDataType;
-  } catch (const cdata::InvalidRGBADataException&) {
-    return Failure::RGBA;
-  }
-  return Failure::None;
-}
+using namespace bridge_test;
+namespace sc = gk::stlConvert;
 
 TEST(BridgeStlConvert, NumericVectors) {
   ZrArrayPtr column = typed<std::int16_t>(zrINT16_CLASS, 3, 1, {-2, 0, 7});
-  EXPECT_EQ(gk::stlConvert::toDoubleVector(column.get()), (std::vector<double>{-2, 0, 7}));
-  EXPECT_EQ(gk::stlConvert::toFloatVector(column.get()), (std::vector<float>{-2, 0, 7}));
-  ZrArrayPtr big = typed<std::uint64_t>(zrUINT64_CLASS, 1, 2, {0, std::numeric_limits<std::uint64_t>::max()});
-  EXPECT_EQ(gk::stlConvert::toSizeTVector(big.get()),
+  EXPECT_EQ(sc::toDoubleVector(column.get()), (std::vector<double>{-2, 0, 7}));
+  EXPECT_EQ(sc::toFloatVector(column.get()), (std::vector<float>{-2, 0, 7}));
+  ZrArrayPtr big(zrCreateNumericMatrix(1, 2, zrUINT64_CLASS));
+  static_cast<std::uint64_t*>(zrGetData(big.get()))[1] = std::numeric_limits<std::uint64_t>::max();
+  EXPECT_EQ(sc::toSizeTVector(big.get()),
             (std::vector<std::size_t>{0, std::numeric_limits<std::size_t>::max()}));
   ZrArrayPtr empty(zrCreateDoubleMatrix(0, 0));
-  EXPECT_TRUE(gk::stlConvert::toDoubleVector(empty.get()).empty());
+  EXPECT_TRUE(sc::toDoubleVector(empty.get()).empty());
 
-  ZrArrayPtr square = doubles(2, 2, {});
-  ZrArrayPtr text(zrCreateString("12"));
-  ZrArrayPtr negative = typed<std::int8_t>(zrINT8_CLASS, 1, 1, {-1});
-  ZrArrayPtr fraction = doubles(1, 2, {1, 2.5});
-  ZrArrayPtr nan = doubles(1, 1, {std::nan("")});
-  ZrArrayPtr huge = doubles(1, 1, {18446744073709551616.0});
-  ZrArrayPtr whole = doubles(1, 2, {3, 1e15});
   struct Case {
     const char* label;
-    const zrArray_tag* array;
+    ZrArrayPtr array;
     Failure asDoubles, asSizes;
   };
-  const Case cases[] = {
-      {"null", nullptr, Failure::Null, Failure::Null},
-      {"matrix", square.get(), Failure::Shape, Failure::Shape},
-      {"char", text.get(), Failure::Class, Failure::Class},
-      {"negative", negative.get(), Failure::None, Failure::Data},
-      {"fraction", fraction.get(), Failure::None, Failure::Data},
-      {"NaN", nan.get(), Failure::None, Failure::Data},
-      {"2^64", huge.get(), Failure::None, Failure::Data},
-      {"whole doubles", whole.get(), Failure::None, Failure::None},
-  };
+  std::vector<Case> cases;
+  cases.push_back({"null", ZrArrayPtr(), Failure::Null, Failure::Null});
+  cases.push_back({"matrix", doubles(2, 2, {}), Failure::Shape, Failure::Shape});
+  cases.push_back({"char", ZrArrayPtr(zrCreateString("12")), Failure::Class, Failure::Class});
+  cases.push_back({"negative", typed<std::int8_t>(zrINT8_CLASS, 1, 1, {-1}), Failure::None, Failure::Data});
+  cases.push_back({"fraction", doubles(1, 2, {1, 2.5}), Failure::None, Failure::Data});
+  cases.push_back({"NaN", doubles(1, 1, {std::nan("")}), Failure::None, Failure::Data});
+  cases.push_back({"2^64", doubles(1, 1, {18446744073709551616.0}), Failure::None, Failure::Data});
+  cases.push_back({"whole doubles", doubles(1, 2, {3, 1e15}), Failure::None, Failure::None});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    EXPECT_EQ(failureOf([&] { (void)gk::stlConvert::toDoubleVector(c.array); }), c.asDoubles);
-    EXPECT_EQ(failureOf([&] { (void)gk::stlConvert::toSizeTVector(c.array); }), c.asSizes);
+    EXPECT_EQ(failureOf([&] { (void)sc::toDoubleVector(c.array.get()); }), c.asDoubles);
+    EXPECT_EQ(failureOf([&] { (void)sc::toSizeTVector(c.array.get()); }), c.asSizes);
   }
 
-  ZrArrayPtr back = gk::stlConvert::toZrArray(std::vector<double>{1, 2, 3});
+  ZrArrayPtr back = sc::toZrArray(std::vector<double>{1, 2, 3});
   EXPECT_EQ(zrGetM(back.get()), 1u);
-  EXPECT_EQ(gk::stlConvert::toDoubleVector(back.get()), (std::vector<double>{1, 2, 3}));
-  ZrArrayPtr sizes = gk::stlConvert::toZrArray(std::vector<std::size_t>{4, 5});
+  EXPECT_EQ(sc::toDoubleVector(back.get()), (std::vector<double>{1, 2, 3}));
+  ZrArrayPtr sizes = sc::toZrArray(std::vector<std::size_t>{4, 5});
   EXPECT_EQ(zrGetClassID(sizes.get()), zrUINT64_CLASS);
-  EXPECT_EQ(gk::stlConvert::toSizeTVector(sizes.get()), (std::vector<std::size_t>{4, 5}));
-  ZrArrayPtr floats = gk::stlConvert::toZrArray(std::vector<float>{0.5f});
-  EXPECT_EQ(zrGetClassID(floats.get()), zrSINGLE_CLASS);
+  EXPECT_EQ(sc::toSizeTVector(sizes.get()), (std::vector<std::size_t>{4, 5}));
+  EXPECT_EQ(zrGetClassID(sc::toZrArray(std::vector<float>{0.5f}).get()), zrSINGLE_CLASS);
 }
 
 TEST(BridgeStlConvert, StringVectors) {
   const std::vector<std::string> words = {"one", "", "thr\xC3\xA9\x65"};
-  ZrArrayPtr cell = gk::stlConvert::toZrArray(words);
+  ZrArrayPtr cell = sc::toZrArray(words);
   EXPECT_EQ(zrGetM(cell.get()), 3u);
   EXPECT_EQ(zrGetN(cell.get()), 1u);
-  EXPECT_EQ(gk::stlConvert::toStringVector(cell.get()), words);
+  EXPECT_EQ(sc::toStringVector(cell.get()), words);
 
   const char* rows[] = {"ab ", "c"};
   ZrArrayPtr matrix(zrCreateCharMatrixFromStrings(2, rows));
-  EXPECT_EQ(gk::stlConvert::toStringVector(matrix.get()), (std::vector<std::string>{"ab", "c"}));
+  EXPECT_EQ(sc::toStringVector(matrix.get()), (std::vector<std::string>{"ab", "c"}));
   ZrArrayPtr single(zrCreateString("keep "));
-  EXPECT_EQ(gk::stlConvert::toStringVector(single.get()), (std::vector<std::string>{"keep "}));
+  EXPECT_EQ(sc::toStringVector(single.get()), (std::vector<std::string>{"keep "}));
 
-  ZrArrayPtr mixed(zrCreateCellMatrix(1, 2));
-  zrSetCell(mixed.get(), 0, zrCreateString("fine"));
-  zrSetCell(mixed.get(), 1, zrCreateDoubleScalar(1));
-  EXPECT_EQ(failureOf([&] { (void)gk::stlConvert::toStringVector(mixed.get()); }), Failure::Class);
+  ZrArrayPtr mixed = cellOf({zrCreateString("fine"), zrCreateDoubleScalar(1)});
+  EXPECT_EQ(failureOf([&] { (void)sc::toStringVector(mixed.get()); }), Failure::Class);
   ZrArrayPtr number(zrCreateDoubleScalar(1));
-  EXPECT_EQ(failureOf([&] { (void)gk::stlConvert::toStringVector(number.get()); }), Failure::Class);
-  EXPECT_EQ(failureOf([&] { (void)gk::stlConvert::toStringVector(nullptr); }), Failure::Null);
+  EXPECT_EQ(failureOf([&] { (void)sc::toStringVector(number.get()); }), Failure::Class);
+  EXPECT_EQ(failureOf([&] { (void)sc::toStringVector(nullptr); }), Failure::Null);
 
   const char* withNull[] = {"a", nullptr};
   ZrArrayPtr fromPointers = gk::createCellArrayFromStrings(2, withNull);
-  EXPECT_EQ(gk::stlConvert::toStringVector(fromPointers.get()), (std::vector<std::string>{"a", ""}));
+  EXPECT_EQ(sc::toStringVector(fromPointers.get()), (std::vector<std::string>{"a", ""}));
   ZrArrayPtr fromUtf16 = gk::createCellArrayFromStrings({gk::UTF16String(u"x\u00e9"), gk::UTF16String()});
-  EXPECT_EQ(gk::stlConvert::toStringVector(fromUtf16.get()), (std::vector<std::string>{"x\xC3\xA9", ""}));
+  EXPECT_EQ(sc::toStringVector(fromUtf16.get()), (std::vector<std::string>{"x\xC3\xA9", ""}));
 }
 
 TEST(BridgeArrayVector, LayoutsRoundTrip) {
-  gk::ArrayVectorPoint3d points;
-  points.push_back(Point3d(1, 2, 3));
-  points.push_back(Point3d(4, 5, 6));
+  const gk::ArrayVectorPoint3d points(std::vector<Point3d>{Point3d(1, 2, 3), Point3d(4, 5, 6)});
   ZrArrayPtr p = points.toZrArray();
   EXPECT_EQ(zrGetClassID(p.get()), zrDOUBLE_CLASS);
   EXPECT_EQ(zrGetM(p.get()), 3u);
@@ -149,13 +103,11 @@ TEST(BridgeArrayVector, LayoutsRoundTrip) {
   EXPECT_EQ(gk::ArrayVectorColor4b(c.get()).values(), colours.values());
 
   const gk::ArrayVectorSizeT sizes(std::vector<std::size_t>{9, 8});
-  ZrArrayPtr s = sizes.toZrArray();
-  EXPECT_EQ(gk::ArrayVectorSizeT(s.get()).values(), sizes.values());
+  EXPECT_EQ(gk::ArrayVectorSizeT(sizes.toZrArray().get()).values(), sizes.values());
   const gk::ArrayVectorFloat values(std::vector<float>{0.25f, -1.0f});
-  ZrArrayPtr v = values.toZrArray();
-  ZrArrayPtr vColumn = typed<float>(zrSINGLE_CLASS, 2, 1, {0.25f, -1.0f});
+  ZrArrayPtr vColumn = typed<float>(zrSINGLE_CLASS, 2, 1, {0.25, -1.0});
   EXPECT_EQ(gk::ArrayVectorFloat(vColumn.get()).values(), values.values());
-  EXPECT_EQ(gk::ArrayVectorFloat(v.get()).values(), values.values());
+  EXPECT_EQ(gk::ArrayVectorFloat(values.toZrArray().get()).values(), values.values());
 
   ZrArrayPtr empty(zrCreateDoubleMatrix(0, 0));
   EXPECT_TRUE(gk::ArrayVectorPoint3d(empty.get()).empty());
@@ -171,8 +123,7 @@ TEST(BridgeUTF16String, FromAndToHost) {
   const gk::UTF16String s("gr\xC3\xBC\xC3\x9F");
   EXPECT_EQ(s.str(), u"gr\u00fc\u00df");
   EXPECT_EQ(s.toUTF8(), "gr\xC3\xBC\xC3\x9F");
-  ZrArrayPtr a = s.toZrArray();
-  EXPECT_EQ(gk::UTF16String(a.get()), s);
+  EXPECT_EQ(gk::UTF16String(s.toZrArray().get()), s);
   EXPECT_TRUE(gk::UTF16String(static_cast<const char*>(nullptr)).empty());
   ZrArrayPtr number(zrCreateDoubleScalar(1));
   EXPECT_EQ(failureOf([&] { gk::UTF16String x(number.get()); }), Failure::Class);
@@ -229,38 +180,32 @@ TEST(BridgeColorData, IndexedAndTrueColour) {
   EXPECT_EQ(b.columns(), 2u);
   EXPECT_EQ(b.color(1), Color4b(20, 40, 60));
 
-  const zrSize fourPlanes[] = {1, 1, 4};
+  const zrSize fourPlanes[] = {1, 1, 4}, threePlanes[] = {1, 1, 3};
   ZrArrayPtr rgba(zrCreateNumericArray(3, fourPlanes, zrDOUBLE_CLASS));
-  EXPECT_EQ(failureOf([&] { gk::CData x(rgba.get()); }), Failure::RGBA);
-  const zrSize dimsD[] = {1, 1, 3};
-  ZrArrayPtr outOfRange(zrCreateNumericArray(3, dimsD, zrDOUBLE_CLASS));
+  ZrArrayPtr outOfRange(zrCreateNumericArray(3, threePlanes, zrDOUBLE_CLASS));
   zrGetPr(outOfRange.get())[1] = 2;
-  EXPECT_EQ(failureOf([&] { gk::CData x(outOfRange.get()); }), Failure::RGBA);
   ZrArrayPtr text(zrCreateString("abc"));
+  EXPECT_EQ(failureOf([&] { gk::CData x(rgba.get()); }), Failure::RGBA);
+  EXPECT_EQ(failureOf([&] { gk::CData x(outOfRange.get()); }), Failure::RGBA);
   EXPECT_EQ(failureOf([&] { gk::CData x(text.get()); }), Failure::CDataType);
 }
 
 TEST(BridgeNPoints, FromAndToHost) {
   ZrArrayPtr rows = doubles(3, 2, {1, 2, 3, 4, 5, 6});  // points (1,4) (2,5) (3,6)
-  NPoints* a = Matrix_to_NPoints(rows.get());
-  ASSERT_EQ(a->count, 3);
-  EXPECT_EQ(a->points[1].x, 2.0);
-  EXPECT_EQ(a->points[1].y, 5.0);
-  ZrArrayPtr back(NPoints_to_Matrix(a));
-  EXPECT_TRUE(zrArrayEqual(back.get(), rows.get()));
-  free_NPoints(a);
-
   ZrArrayPtr columns = typed<std::int32_t>(zrINT32_CLASS, 2, 3, {1, 4, 2, 5, 3, 6});
-  NPoints* b = Matrix_to_NPoints(columns.get());
-  ASSERT_EQ(b->count, 3);
-  EXPECT_EQ(b->points[2].x, 3.0);
-  EXPECT_EQ(b->points[2].y, 6.0);
-  free_NPoints(b);
-
+  for (const ZrArrayPtr* a : {&rows, &columns}) {
+    NPoints* read = Matrix_to_NPoints(a->get());
+    ASSERT_EQ(read->count, 3);
+    EXPECT_EQ(read->points[1].x, 2.0);
+    EXPECT_EQ(read->points[2].y, 6.0);
+    ZrArrayPtr back(NPoints_to_Matrix(read));
+    EXPECT_TRUE(zrArrayEqual(back.get(), rows.get()));
+    free_NPoints(read);
+  }
   ZrArrayPtr empty(zrCreateDoubleMatrix(0, 0));
-  NPoints* c = Matrix_to_NPoints(empty.get());
-  EXPECT_EQ(c->count, 0);
-  free_NPoints(c);
+  NPoints* none = Matrix_to_NPoints(empty.get());
+  EXPECT_EQ(none->count, 0);
+  free_NPoints(none);
   free_NPoints(nullptr);
 
   ZrArrayPtr wrong = doubles(3, 3, {});

@@ -7,124 +7,44 @@
 #include <random>
 #include <vector>
 
-#include "qvgui/bridge.h"
+#include "bridge_test_support.h"
 
 namespace {
 
 using namespace gui_objects;
-using gk::ZrArrayPtr;
+using namespace bridge_test;
 namespace oc = gk::objConvert;
 
-template <class T>
-void fill(void* data, const std::vector<double>& values) {
-  for (std::size_t k = 0; k < values.size(); ++k) static_cast<T*>(data)[k] = static_cast<T>(values[k]);
-}
-
-using Filler = void (*)(void*, const std::vector<double>&);
-struct NumericClass {
-  zrClassID id;
-  Filler fill;
-};
-constexpr NumericClass kNumericClasses[] = {
-    {zrDOUBLE_CLASS, fill<double>},      {zrSINGLE_CLASS, fill<float>},
-    {zrINT8_CLASS, fill<std::int8_t>},   {zrUINT8_CLASS, fill<std::uint8_t>},
-    {zrINT16_CLASS, fill<std::int16_t>}, {zrUINT16_CLASS, fill<std::uint16_t>},
-    {zrINT32_CLASS, fill<std::int32_t>}, {zrUINT32_CLASS, fill<std::uint32_t>},
-    {zrINT64_CLASS, fill<std::int64_t>}, {zrUINT64_CLASS, fill<std::uint64_t>},
+using Maker = ZrArrayPtr (*)(zrClassID, zrSize, zrSize, const std::vector<double>&);
+constexpr std::pair<zrClassID, Maker> kNumericClasses[] = {
+    {zrDOUBLE_CLASS, typed<double>},      {zrSINGLE_CLASS, typed<float>},
+    {zrINT8_CLASS, typed<std::int8_t>},   {zrUINT8_CLASS, typed<std::uint8_t>},
+    {zrINT16_CLASS, typed<std::int16_t>}, {zrUINT16_CLASS, typed<std::uint16_t>},
+    {zrINT32_CLASS, typed<std::int32_t>}, {zrUINT32_CLASS, typed<std::uint32_t>},
+    {zrINT64_CLASS, typed<std::int64_t>}, {zrUINT64_CLASS, typed<std::uint64_t>},
 };
 
-// An m-by-n array of the class holding the values (column-major), each
-// converted to the element type.
+// An m-by-n array of the class holding the values (column-major).
 ZrArrayPtr numeric(zrClassID cls, zrSize m, zrSize n, const std::vector<double>& values) {
-  ZrArrayPtr a(zrCreateNumericMatrix(m, n, cls));
-  for (const NumericClass& c : kNumericClasses) {
-    if (c.id == cls) c.fill(zrGetData(a.get()), values);
+  for (const auto& [id, make] : kNumericClasses) {
+    if (id == cls) return make(cls, m, n, values);
   }
-  return a;
+  return ZrArrayPtr();
 }
 
-ZrArrayPtr doubles(zrSize m, zrSize n, const std::vector<double>& values) {
-  return numeric(zrDOUBLE_CLASS, m, n, values);
-}
-
-enum class Failure { None, Null, Class, Shape, Width, ZeroLength };
-
-Failure failureOf(const std::function<void()>& f) {
-  try {
-    f();
-  } catch (const NullArrayException&) {
-    return Failure::Null;
-  } catch (const InvalidArrayClassException&) {
-    return Failure::Class;
-  } catch (const InvalidArrayShapeException&) {
-    return Failure::Shape;
-  } catch (const InvalidWidthException&) {
-    return Failure::Width;
-  } catch (const ZeroLengthException&) {
-    return Failure::ZeroLength;
-  }
-  return Failure::None;
-}
-
-TEST(BridgeConvert, BoundingVolumeFromEveryNumericClass) {
-  for (const NumericClass& numericClass : kNumericClasses) {
-    const zrClassID cls = numericClass.id;
-    ZrArrayPtr box = numeric(cls, 2, 3, {0, 1, 0, 1, 0, 1});  // [0 0 0; 1 1 1]
+TEST(BridgeConvert, BoxesAndLinesFromEveryNumericClass) {
+  for (const auto& [cls, make] : kNumericClasses) {
+    ZrArrayPtr box = make(cls, 2, 3, {0, 1, 0, 1, 0, 1});  // [0 0 0; 1 1 1]
     SCOPED_TRACE(zrGetClassName(box.get()));
     EXPECT_EQ(oc::toBoundingVolume(box.get()), BoundingVolume(Point3d(0, 0, 0), Point3d(1, 1, 1)));
-    ZrArrayPtr crossed = numeric(cls, 2, 3, {1, 0, 0, 1, 0, 1});  // [1 0 0; 0 1 1]
+    ZrArrayPtr crossed = make(cls, 2, 3, {1, 0, 0, 1, 0, 1});  // [1 0 0; 0 1 1]
     EXPECT_EQ(failureOf([&] { (void)oc::toBoundingVolume(crossed.get()); }), Failure::Width);
-    ZrArrayPtr flat = numeric(cls, 2, 3, {2, 2, 3, 3, 4, 4});
+    ZrArrayPtr flat = make(cls, 2, 3, {2, 2, 3, 3, 4, 4});
     EXPECT_EQ(oc::toBoundingVolume(flat.get()), BoundingVolume(Point3d(2, 3, 4), Point3d(2, 3, 4)));
-    ZrArrayPtr tall = numeric(cls, 3, 2, {0, 0, 0, 1, 1, 1});
+    ZrArrayPtr tall = make(cls, 3, 2, {0, 0, 0, 1, 1, 1});
     EXPECT_EQ(failureOf([&] { (void)oc::toBoundingVolume(tall.get()); }), Failure::Shape);
-  }
-}
 
-TEST(BridgeConvert, ReaderChecksInOrder) {
-  ZrArrayPtr text(zrCreateString("abcdef"));
-  ZrArrayPtr logical(zrCreateLogicalMatrix(2, 3));
-  ZrArrayPtr emptyDouble(zrCreateDoubleMatrix(0, 0));
-  ZrArrayPtr emptyInt8(zrCreateNumericMatrix(0, 3, zrINT8_CLASS));
-  ZrArrayPtr box = doubles(2, 3, {0, 1, 0, 1, 0, 1});
-  ZrArrayPtr sameRows = doubles(2, 3, {1, 1, 2, 2, 3, 3});
-  const zrSize dims3[] = {2, 3, 1};
-  ZrArrayPtr threeD(zrCreateNumericArray(3, dims3, zrDOUBLE_CLASS));
-  ZrArrayPtr nanBox = doubles(2, 3, {std::nan(""), 1, 0, 1, 0, 1});
-  struct Case {
-    const char* label;
-    const zrArray_tag* array;
-    Failure volume, line, segment;
-  };
-  const Case cases[] = {
-      {"null", nullptr, Failure::Null, Failure::Null, Failure::Null},
-      {"char", text.get(), Failure::Class, Failure::Class, Failure::Class},
-      {"logical", logical.get(), Failure::Class, Failure::Class, Failure::Class},
-      {"empty double", emptyDouble.get(), Failure::Shape, Failure::Null, Failure::Null},
-      {"empty int8", emptyInt8.get(), Failure::Shape, Failure::Null, Failure::Null},
-      {"2x3", box.get(), Failure::None, Failure::None, Failure::None},
-      {"both rows the same point", sameRows.get(), Failure::None, Failure::ZeroLength, Failure::None},
-      {"2x3x1 stays 2-D", threeD.get(), Failure::None, Failure::ZeroLength, Failure::None},
-      {"NaN limit passes", nanBox.get(), Failure::None, Failure::None, Failure::None},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    EXPECT_EQ(failureOf([&] { (void)oc::toBoundingVolume(c.array); }), c.volume);
-    EXPECT_EQ(failureOf([&] { (void)oc::toLine3d(c.array); }), c.line);
-    EXPECT_EQ(failureOf([&] { (void)oc::toLineSegment3d(c.array); }), c.segment);
-  }
-  // The per-class readers take only their own class.
-  ZrArrayPtr singleBox = numeric(zrSINGLE_CLASS, 2, 3, {0, 1, 0, 1, 0, 1});
-  EXPECT_EQ(failureOf([&] { (void)oc::readBoundingVolume<double>(singleBox.get()); }), Failure::Class);
-  EXPECT_EQ(failureOf([&] { (void)oc::readBoundingVolume<float>(singleBox.get()); }), Failure::None);
-  EXPECT_EQ(failureOf([&] { (void)oc::readPoint3d<std::int32_t>(singleBox.get()); }), Failure::Class);
-}
-
-TEST(BridgeConvert, LinesTakeOnePointPerRow) {
-  for (const NumericClass& numericClass : kNumericClasses) {
-    const zrClassID cls = numericClass.id;
-    ZrArrayPtr rows = numeric(cls, 2, 3, {1, 4, 2, 5, 3, 6});  // [1 2 3; 4 5 6]
-    SCOPED_TRACE(zrGetClassName(rows.get()));
+    ZrArrayPtr rows = make(cls, 2, 3, {1, 4, 2, 5, 3, 6});  // [1 2 3; 4 5 6]
     const Line3d line = oc::toLine3d(rows.get());
     EXPECT_EQ(line.getPoint(), Point3d(1, 2, 3));
     EXPECT_EQ(line.getEnd(), Point3d(4, 5, 6));
@@ -134,36 +54,73 @@ TEST(BridgeConvert, LinesTakeOnePointPerRow) {
   }
 }
 
-TEST(BridgeConvert, PointsAndMatrices) {
-  ZrArrayPtr row = doubles(1, 3, {1, 2, 3});
-  ZrArrayPtr column = doubles(3, 1, {1, 2, 3});
-  ZrArrayPtr four = doubles(1, 4, {1, 2, 3, 4});
-  ZrArrayPtr square = doubles(3, 3, {});
-  ZrArrayPtr none(zrCreateDoubleMatrix(0, 3));
-  ZrArrayPtr ints = numeric(zrINT16_CLASS, 1, 3, {-1, 0, 300});
-  ZrArrayPtr text(zrCreateString("abc"));
-  EXPECT_EQ(oc::toPoint3d(row.get()), Point3d(1, 2, 3));
-  EXPECT_EQ(oc::toPoint3d(column.get()), Point3d(1, 2, 3));
-  EXPECT_EQ(oc::toPoint3d(ints.get()), Point3d(-1, 0, 300));
-  EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(four.get()); }), Failure::Shape);
-  EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(square.get()); }), Failure::Shape);
-  EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(none.get()); }), Failure::Shape);
-  EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(text.get()); }), Failure::Class);
-  EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(nullptr); }), Failure::Null);
+TEST(BridgeConvert, ReaderChecksInOrder) {
+  const zrSize dims3[] = {2, 3, 1};
+  struct Case {
+    const char* label;
+    ZrArrayPtr array;
+    Failure volume, line, segment;
+  };
+  std::vector<Case> cases;
+  cases.push_back({"null", ZrArrayPtr(), Failure::Null, Failure::Null, Failure::Null});
+  cases.push_back(
+      {"char", ZrArrayPtr(zrCreateString("abcdef")), Failure::Class, Failure::Class, Failure::Class});
+  cases.push_back(
+      {"logical", ZrArrayPtr(zrCreateLogicalMatrix(2, 3)), Failure::Class, Failure::Class, Failure::Class});
+  cases.push_back({"empty double", doubles(0, 0, {}), Failure::Shape, Failure::Null, Failure::Null});
+  cases.push_back(
+      {"empty int8", numeric(zrINT8_CLASS, 0, 3, {}), Failure::Shape, Failure::Null, Failure::Null});
+  cases.push_back({"2x3", doubles(2, 3, {0, 1, 0, 1, 0, 1}), Failure::None, Failure::None, Failure::None});
+  cases.push_back({"both rows the same point", doubles(2, 3, {1, 1, 2, 2, 3, 3}), Failure::None,
+                   Failure::ZeroLength, Failure::None});
+  cases.push_back({"2x3x1 stays 2-D", ZrArrayPtr(zrCreateNumericArray(3, dims3, zrDOUBLE_CLASS)),
+                   Failure::None, Failure::ZeroLength, Failure::None});
+  cases.push_back({"NaN limit passes", doubles(2, 3, {std::nan(""), 1, 0, 1, 0, 1}), Failure::None,
+                   Failure::None, Failure::None});
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(failureOf([&] { (void)oc::toBoundingVolume(c.array.get()); }), c.volume);
+    EXPECT_EQ(failureOf([&] { (void)oc::toLine3d(c.array.get()); }), c.line);
+    EXPECT_EQ(failureOf([&] { (void)oc::toLineSegment3d(c.array.get()); }), c.segment);
+  }
+  // The per-class readers take only their own class.
+  ZrArrayPtr singleBox = numeric(zrSINGLE_CLASS, 2, 3, {0, 1, 0, 1, 0, 1});
+  EXPECT_EQ(failureOf([&] { (void)oc::readBoundingVolume<double>(singleBox.get()); }), Failure::Class);
+  EXPECT_EQ(failureOf([&] { (void)oc::readBoundingVolume<float>(singleBox.get()); }), Failure::None);
+  EXPECT_EQ(failureOf([&] { (void)oc::readPoint3d<std::int32_t>(singleBox.get()); }), Failure::Class);
+}
 
-  EXPECT_TRUE(oc::toMatrix4x4d(nullptr).isIdentity());
-  ZrArrayPtr empty(zrCreateDoubleMatrix(0, 0));
-  EXPECT_TRUE(oc::toMatrix4x4d(empty.get()).isIdentity());
-  ZrArrayPtr emptySingle(zrCreateNumericMatrix(0, 4, zrSINGLE_CLASS));
-  EXPECT_TRUE(oc::toMatrix4x4d(emptySingle.get()).isIdentity());
-  ZrArrayPtr single = numeric(zrSINGLE_CLASS, 4, 4, {});
-  EXPECT_EQ(failureOf([&] { (void)oc::toMatrix4x4d(single.get()); }), Failure::Class);
-  ZrArrayPtr wide = doubles(4, 3, {});
-  EXPECT_EQ(failureOf([&] { (void)oc::toMatrix4x4d(wide.get()); }), Failure::Shape);
+TEST(BridgeConvert, PointsAndMatrices) {
+  EXPECT_EQ(oc::toPoint3d(doubles(1, 3, {1, 2, 3}).get()), Point3d(1, 2, 3));
+  EXPECT_EQ(oc::toPoint3d(doubles(3, 1, {1, 2, 3}).get()), Point3d(1, 2, 3));
+  EXPECT_EQ(oc::toPoint3d(numeric(zrINT16_CLASS, 1, 3, {-1, 0, 300}).get()), Point3d(-1, 0, 300));
+  struct Case {
+    const char* label;
+    ZrArrayPtr array;
+    Failure point, matrix;
+  };
+  std::vector<Case> cases;
+  cases.push_back({"1x4", doubles(1, 4, {1, 2, 3, 4}), Failure::Shape, Failure::Shape});
+  cases.push_back({"3x3", doubles(3, 3, {}), Failure::Shape, Failure::Shape});
+  cases.push_back({"0x3", doubles(0, 3, {}), Failure::Shape, Failure::None});
+  cases.push_back({"char", ZrArrayPtr(zrCreateString("abc")), Failure::Class, Failure::Class});
+  cases.push_back({"null", ZrArrayPtr(), Failure::Null, Failure::None});
+  cases.push_back({"empty single", numeric(zrSINGLE_CLASS, 0, 4, {}), Failure::Shape, Failure::None});
+  cases.push_back({"4x4 single", numeric(zrSINGLE_CLASS, 4, 4, {}), Failure::Shape, Failure::Class});
+  cases.push_back({"4x3", doubles(4, 3, {}), Failure::Shape, Failure::Shape});
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    EXPECT_EQ(failureOf([&] { (void)oc::toPoint3d(c.array.get()); }), c.point);
+    // Empty and absent matrices read as the identity.
+    Matrix4x4d read;
+    EXPECT_EQ(failureOf([&] { read = oc::toMatrix4x4d(c.array.get()); }), c.matrix);
+    if (c.matrix == Failure::None) {
+      EXPECT_TRUE(read.isIdentity());
+    }
+  }
   std::vector<double> values(16);
   for (int k = 0; k < 16; ++k) values[k] = k + 1;
-  ZrArrayPtr m = doubles(4, 4, values);
-  const Matrix4x4d read = oc::toMatrix4x4d(m.get());
+  const Matrix4x4d read = oc::toMatrix4x4d(doubles(4, 4, values).get());
   EXPECT_EQ(read.get(2, 1), 2.0);  // element 1 of the array: row 2, column 1
   EXPECT_EQ(read.get(1, 2), 5.0);
 }
@@ -183,11 +140,8 @@ TEST(BridgeConvert, RandomRoundTrips) {
     double values[16];
     for (double& x : values) x = v(rng);
     const Matrix4x4d matrix(values);
-    ZrArrayPtr m = oc::toZrArray(matrix);
-    EXPECT_EQ(oc::toMatrix4x4d(m.get()), matrix);
-
-    ZrArrayPtr p = oc::toZrArray(a);
-    EXPECT_EQ(oc::toPoint3d(p.get()), a);
+    EXPECT_EQ(oc::toMatrix4x4d(oc::toZrArray(matrix).get()), matrix);
+    EXPECT_EQ(oc::toPoint3d(oc::toZrArray(a).get()), a);
     ZrArrayPtr line = oc::toZrArray(a, b);
     EXPECT_EQ(oc::toLineSegment3d(line.get()).getStart(), a);
     EXPECT_EQ(oc::toLineSegment3d(line.get()).getEnd(), b);
@@ -214,49 +168,34 @@ TEST(BridgeConvert, ArraysMade) {
     zrSize m, n;
     std::vector<double> values;
   };
-  std::vector<Case> cases;
-  cases.push_back({"scalar", oc::toZrArray(2.5), zrDOUBLE_CLASS, 1, 1, {2.5}});
-  cases.push_back({"Point2d", oc::toZrArray(Point2d(1, 2)), zrDOUBLE_CLASS, 1, 2, {1, 2}});
-  cases.push_back({"Point3d", oc::toZrArray(Point3d(1, 2, 3)), zrDOUBLE_CLASS, 1, 3, {1, 2, 3}});
-  cases.push_back({"two points",
-                   oc::toZrArray(Point3d(1, 2, 3), Point3d(4, 5, 6)),
-                   zrDOUBLE_CLASS,
-                   2,
-                   3,
-                   {1, 4, 2, 5, 3, 6}});
-  cases.push_back({"rectangle in storage order",
-                   oc::toZrArray(Rectangle2i(1, 2, 3, 4)),
-                   zrDOUBLE_CLASS,
-                   1,
-                   4,
-                   {2, 1, 4, 3}});
-  cases.push_back({"box",
-                   oc::toZrArray(BoundingVolume(Point3d(4, 5, 6), Point3d(1, 2, 3))),
-                   zrDOUBLE_CLASS,
-                   2,
-                   3,
-                   {1, 4, 2, 5, 3, 6}});
-  cases.push_back({"one vertex", oc::createVertexData(Point3f(1, 2, 3)), zrSINGLE_CLASS, 3, 1, {1, 2, 3}});
-  cases.push_back(
-      {"four vertices",
-       oc::createVertexData(Point3f(1, 2, 3), Point3f(4, 5, 6), Point3f(7, 8, 9), Point3f(10, 11, 12)),
-       zrSINGLE_CLASS,
-       3,
-       4,
-       {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}});
-  cases.push_back({"two strips", oc::createStripData(3, 4), zrUINT32_CLASS, 1, 2, {3, 4}});
-  cases.push_back({"four strips",
-                   oc::createStripData(1, 2, 3, 4000000000u),
-                   zrUINT32_CLASS,
-                   1,
-                   4,
-                   {1, 2, 3, 4000000000.0}});
-  cases.push_back({"triangle", oc::createVertexIndices(0, 2, 1), zrUINT32_CLASS, 1, 3, {0, 2, 1}});
+  const Point3f p1(1, 2, 3), p2(4, 5, 6), p3(7, 8, 9), p4(10, 11, 12);
   const std::uint32_t indices[] = {5, 6, 7, 8, 9};
-  cases.push_back({"index copy", oc::createVertexIndices(5, indices), zrUINT32_CLASS, 1, 5, {5, 6, 7, 8, 9}});
-  cases.push_back({"no indices", oc::createVertexIndices(0, nullptr), zrUINT32_CLASS, 1, 0, {}});
   Real_point pts[] = {{1, 2}, {3, 4}, {5, 6}};
-  cases.push_back({"point list", oc::toZrArray(NPoints{3, pts}), zrDOUBLE_CLASS, 3, 2, {1, 3, 5, 2, 4, 6}});
+  const BoundingVolume box(Point3d(4, 5, 6), Point3d(1, 2, 3));
+  constexpr zrClassID D = zrDOUBLE_CLASS, S = zrSINGLE_CLASS, U = zrUINT32_CLASS;
+  std::vector<Case> cases;
+  cases.push_back({"scalar", oc::toZrArray(2.5), D, 1, 1, {2.5}});
+  cases.push_back({"Point2d", oc::toZrArray(Point2d(1, 2)), D, 1, 2, {1, 2}});
+  cases.push_back({"Point3d", oc::toZrArray(Point3d(1, 2, 3)), D, 1, 3, {1, 2, 3}});
+  cases.push_back(
+      {"two points", oc::toZrArray(Point3d(1, 2, 3), Point3d(4, 5, 6)), D, 2, 3, {1, 4, 2, 5, 3, 6}});
+  cases.push_back(
+      {"rectangle in storage order", oc::toZrArray(Rectangle2i(1, 2, 3, 4)), D, 1, 4, {2, 1, 4, 3}});
+  cases.push_back({"box", oc::toZrArray(box), D, 2, 3, {1, 4, 2, 5, 3, 6}});
+  cases.push_back({"one vertex", oc::createVertexData(p1), S, 3, 1, {1, 2, 3}});
+  cases.push_back({"four vertices",
+                   oc::createVertexData(p1, p2, p3, p4),
+                   S,
+                   3,
+                   4,
+                   {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}});
+  cases.push_back({"two strips", oc::createStripData(3, 4), U, 1, 2, {3, 4}});
+  cases.push_back(
+      {"four strips", oc::createStripData(1, 2, 3, 4000000000u), U, 1, 4, {1, 2, 3, 4000000000.0}});
+  cases.push_back({"triangle", oc::createVertexIndices(0, 2, 1), U, 1, 3, {0, 2, 1}});
+  cases.push_back({"index copy", oc::createVertexIndices(5, indices), U, 1, 5, {5, 6, 7, 8, 9}});
+  cases.push_back({"no indices", oc::createVertexIndices(0, nullptr), U, 1, 0, {}});
+  cases.push_back({"point list", oc::toZrArray(NPoints{3, pts}), D, 3, 2, {1, 3, 5, 2, 4, 6}});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     EXPECT_EQ(zrGetClassID(c.array.get()), c.cls);
@@ -264,9 +203,7 @@ TEST(BridgeConvert, ArraysMade) {
     EXPECT_EQ(zrGetN(c.array.get()), c.n);
     EXPECT_EQ(values(c.array), c.values);
   }
-}
 
-TEST(BridgeConvert, WideStrings) {
   ZrArrayPtr s = oc::toZrArray(L"a\u00e9\U0001F600");
   ASSERT_TRUE(zrIsChar(s.get()));
   const std::u16string want = u"a\u00e9\U0001F600";
