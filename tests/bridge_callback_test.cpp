@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "qvgui/bridge.h"
+#include "bridge_test_support.h"
 
 namespace {
 
-using gui_objects::ZrArrayPtr;
+using namespace bridge_test;
 
 struct HookLog {
   int created = 0;
@@ -25,21 +25,6 @@ struct HookLog {
 HookLog g_hooks;
 int g_hookToken = 0;
 
-void* createHook() {
-  ++g_hooks.created;
-  return &g_hookToken;
-}
-void enterHook(void*) { ++g_hooks.entered; }
-void leaveHook(void*) { ++g_hooks.left; }
-void attachHook(void* data, MCallback*) {
-  EXPECT_EQ(data, &g_hookToken);
-  ++g_hooks.attached;
-}
-void detachHook(void*, MCallback* cb) {
-  ++g_hooks.detached;
-  g_hooks.detachedCallbacks.push_back(cb);
-}
-
 ZrArrayPtr g_currentObject;
 zrArray_tag* getObject() { return g_currentObject ? zrDuplicateArray(g_currentObject.get()) : nullptr; }
 void setObject(const zrArray_tag* object) {
@@ -51,12 +36,7 @@ std::vector<std::vector<std::string>> g_calls;
 
 std::string describe(const zrArray_tag* a) {
   if (a == nullptr) return "<null>";
-  if (zrIsChar(a)) {
-    char* s = zrArrayToString(a);
-    std::string out = std::string("'") + s + "'";
-    zrFree(s);
-    return out;
-  }
+  if (zrIsChar(a)) return "'" + charText(a) + "'";
   if (zrIsDouble(a) && zrGetNumberOfElements(a) == 1) {
     char buffer[32];
     std::snprintf(buffer, sizeof buffer, "%g", zrGetPr(a)[0]);
@@ -91,17 +71,20 @@ class BridgeCallback : public ::testing::Test {
     EXPECT_EQ(hostLiveArrayCount(), live_) << "host arrays leaked";
   }
   static void installHooks() {
-    gui_set_mcallback_hooks(createHook, enterHook, leaveHook, attachHook, detachHook);
+    gui_set_mcallback_hooks([]() -> void* { return ++g_hooks.created, &g_hookToken; },
+                            [](void*) { ++g_hooks.entered; }, [](void*) { ++g_hooks.left; },
+                            [](void* data, MCallback*) {
+                              EXPECT_EQ(data, &g_hookToken);
+                              ++g_hooks.attached;
+                            },
+                            [](void*, MCallback* cb) {
+                              ++g_hooks.detached;
+                              g_hooks.detachedCallbacks.push_back(cb);
+                            });
   }
 
   std::int64_t live_ = 0;
 };
-
-ZrArrayPtr cellOf(std::vector<zrArray_tag*> values) {
-  ZrArrayPtr cell(zrCreateCellMatrix(1, values.size()));
-  for (std::size_t k = 0; k < values.size(); ++k) zrSetCell(cell.get(), k, values[k]);
-  return cell;
-}
 
 // ---- Kinds and conversion back ---------------------------------------------------
 
@@ -114,18 +97,19 @@ TEST_F(BridgeCallback, ValuesConvertBackToTheirForms) {
     Back back;
     std::size_t cells;
   };
+  zrArray_tag* (*const name)(const char*) = zrCreateString;
+  zrArray_tag* (*const handle)(const char*) = zrCreateFunctionHandle;
   std::vector<Case> cases;
   cases.push_back({"null", ZrArrayPtr(), true, Back::EmptyString, 0});
   cases.push_back({"empty double", ZrArrayPtr(zrCreateDoubleMatrix(0, 0)), true, Back::EmptyString, 0});
-  cases.push_back({"text", ZrArrayPtr(zrCreateString("record(1)")), false, Back::SameString, 0});
-  cases.push_back({"handle", ZrArrayPtr(zrCreateFunctionHandle("record")), false, Back::Handle, 0});
-  cases.push_back({"cell of a handle", cellOf({zrCreateFunctionHandle("record")}), false, Back::Handle, 0});
-  cases.push_back({"cell of a name", cellOf({zrCreateString("record")}), false, Back::Cell, 1});
-  cases.push_back({"name and arguments",
-                   cellOf({zrCreateString("record"), zrCreateDoubleScalar(1), zrCreateString("x")}), false,
+  cases.push_back({"text", ZrArrayPtr(name("record(1)")), false, Back::SameString, 0});
+  cases.push_back({"handle", ZrArrayPtr(handle("record")), false, Back::Handle, 0});
+  cases.push_back({"cell of a handle", cellOf({handle("record")}), false, Back::Handle, 0});
+  cases.push_back({"cell of a name", cellOf({name("record")}), false, Back::Cell, 1});
+  cases.push_back({"name and arguments", cellOf({name("record"), zrCreateDoubleScalar(1), name("x")}), false,
                    Back::Cell, 3});
-  cases.push_back({"handle and argument", cellOf({zrCreateFunctionHandle("record"), zrCreateDoubleScalar(2)}),
-                   false, Back::Cell, 2});
+  cases.push_back(
+      {"handle and argument", cellOf({handle("record"), zrCreateDoubleScalar(2)}), false, Back::Cell, 2});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     MCallback* cb = MatrixToMCallback(c.value.get());
@@ -149,7 +133,6 @@ TEST_F(BridgeCallback, ValuesConvertBackToTheirForms) {
         ASSERT_TRUE(zrIsCell(back.get()));
         EXPECT_EQ(zrGetM(back.get()), c.cells);
         EXPECT_EQ(zrGetN(back.get()), 1u);
-        // The cell holds the same elements as the value it came from.
         for (std::size_t k = 0; k < c.cells; ++k) {
           EXPECT_TRUE(zrArrayEqual(zrGetCell(back.get(), k), zrGetCell(c.value.get(), k))) << k;
         }
@@ -163,6 +146,8 @@ TEST_F(BridgeCallback, ValuesConvertBackToTheirForms) {
 }
 
 TEST_F(BridgeCallback, ValuesThatAreNotCallbacks) {
+  const std::string kMessage =
+      "Value must be a string, a function handle, or a cell array containing string or function handle";
   const char* field = "f";
   std::vector<ZrArrayPtr> bad;
   bad.emplace_back(zrCreateDoubleScalar(3));
@@ -177,9 +162,7 @@ TEST_F(BridgeCallback, ValuesThatAreNotCallbacks) {
       ADD_FAILURE() << "no error";
     } catch (const HostError& e) {
       EXPECT_EQ(e.identifier(), "Tavrix:GUI:CreateCallback");
-      EXPECT_EQ(
-          e.message(),
-          "Value must be a string, a function handle, or a cell array containing string or function handle");
+      EXPECT_EQ(e.message(), kMessage);
     }
   }
 }

@@ -47,9 +47,7 @@ TEST(BridgePlotFormat, Table) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    std::string colour = "stale";
-    std::string lineStyle = "stale";
-    std::string marker = "stale";
+    std::string colour = "stale", lineStyle = "stale", marker = "stale";
     EXPECT_EQ(stringToColorMarkerLineStyle(c.text, colour, lineStyle, marker), c.ok);
     EXPECT_EQ(colour, c.colour);
     EXPECT_EQ(lineStyle, c.lineStyle);
@@ -58,17 +56,15 @@ TEST(BridgePlotFormat, Table) {
 }
 
 TEST(BridgePlotFormat, EveryMarkerAndColourAlone) {
+  std::string c, l, mk;
   for (const char* m : {"*", "+", ".", "<", ">", "^", "o", "v", "x", "d", "h", "p", "s"}) {
-    std::string c, l, mk;
     EXPECT_TRUE(stringToColorMarkerLineStyle(m, c, l, mk)) << m;
     EXPECT_EQ(mk, m);
   }
   for (const char* k : {"b", "c", "g", "k", "m", "r", "w", "y"}) {
-    std::string c, l, mk;
     EXPECT_TRUE(stringToColorMarkerLineStyle(k, c, l, mk)) << k;
     EXPECT_EQ(c, k);
   }
-  std::string c, l, mk;
   EXPECT_TRUE(stringToColorMarkerLineStyle(nullptr, c, l, mk));
 }
 
