@@ -10,27 +10,15 @@
 #include <random>
 #include <vector>
 
-#include "qvgui/host.h"
+#include "host_test_support.h"
 
 namespace {
 
-struct Destroy {
-  void operator()(zrArray_tag* a) const { zrDestroyArray(a); }
-};
-using Array = std::unique_ptr<zrArray_tag, Destroy>;
+using host_test::Array;
+using host_test::errorId;
 
 std::vector<zrSize> dimsOf(const zrArray_tag* a) {
   return {zrGetDimensions(a), zrGetDimensions(a) + zrGetNumberOfDimensions(a)};
-}
-
-template <typename F>
-std::string errorId(F&& f) {
-  try {
-    f();
-  } catch (const HostError& e) {
-    return e.identifier();
-  }
-  return "(no error)";
 }
 
 class HostArrays : public ::testing::Test {
@@ -170,48 +158,23 @@ TEST_F(HostArrays, ElementCountOverflowRaisesOutOfMemory) {
 
 // ---- Equality --------------------------------------------------------------------------
 
+template <class T>
+void store(void* data, double v) {
+  *static_cast<T*>(data) = static_cast<T>(v);
+}
+
 Array scalarOf(zrClassID cls, double v) {
+  static const std::pair<zrClassID, void (*)(void*, double)> kStores[] = {
+      {zrDOUBLE_CLASS, store<double>},      {zrSINGLE_CLASS, store<float>},
+      {zrINT8_CLASS, store<std::int8_t>},   {zrUINT8_CLASS, store<std::uint8_t>},
+      {zrINT16_CLASS, store<std::int16_t>}, {zrUINT16_CLASS, store<std::uint16_t>},
+      {zrINT32_CLASS, store<std::int32_t>}, {zrUINT32_CLASS, store<std::uint32_t>},
+      {zrINT64_CLASS, store<std::int64_t>}, {zrUINT64_CLASS, store<std::uint64_t>},
+      {zrLOGICAL_CLASS, store<bool>},       {zrCHAR_CLASS, store<char16_t>},
+  };
   Array a(zrCreateNumericMatrix(1, 1, cls));
-  void* d = zrGetData(a.get());
-  switch (cls) {
-    case zrDOUBLE_CLASS:
-      *static_cast<double*>(d) = v;
-      break;
-    case zrSINGLE_CLASS:
-      *static_cast<float*>(d) = static_cast<float>(v);
-      break;
-    case zrINT8_CLASS:
-      *static_cast<std::int8_t*>(d) = static_cast<std::int8_t>(v);
-      break;
-    case zrUINT8_CLASS:
-      *static_cast<std::uint8_t*>(d) = static_cast<std::uint8_t>(v);
-      break;
-    case zrINT16_CLASS:
-      *static_cast<std::int16_t*>(d) = static_cast<std::int16_t>(v);
-      break;
-    case zrUINT16_CLASS:
-      *static_cast<std::uint16_t*>(d) = static_cast<std::uint16_t>(v);
-      break;
-    case zrINT32_CLASS:
-      *static_cast<std::int32_t*>(d) = static_cast<std::int32_t>(v);
-      break;
-    case zrUINT32_CLASS:
-      *static_cast<std::uint32_t*>(d) = static_cast<std::uint32_t>(v);
-      break;
-    case zrINT64_CLASS:
-      *static_cast<std::int64_t*>(d) = static_cast<std::int64_t>(v);
-      break;
-    case zrUINT64_CLASS:
-      *static_cast<std::uint64_t*>(d) = static_cast<std::uint64_t>(v);
-      break;
-    case zrLOGICAL_CLASS:
-      *static_cast<bool*>(d) = v != 0;
-      break;
-    case zrCHAR_CLASS:
-      *static_cast<char16_t*>(d) = static_cast<char16_t>(v);
-      break;
-    default:
-      break;
+  for (const auto& [id, write] : kStores) {
+    if (id == cls) write(zrGetData(a.get()), v);
   }
   return a;
 }
