@@ -133,29 +133,23 @@ struct Layout<std::size_t> {
   static std::size_t load(const std::uint64_t* in) noexcept { return static_cast<std::size_t>(in[0]); }
 };
 
-template <>
-struct Layout<gui_objects::Point3d> {
-  using Element = double;
+// Both point types store one x, y, z column per point.
+template <class P, class E>
+struct PointLayout {
+  using Element = E;
   static constexpr std::size_t rows = 3;
-  static void store(const gui_objects::Point3d& p, double* out) noexcept {
+  static void store(const P& p, E* out) noexcept {
     out[0] = p.getX();
     out[1] = p.getY();
     out[2] = p.getZ();
   }
-  static gui_objects::Point3d load(const double* in) noexcept { return {in[0], in[1], in[2]}; }
+  static P load(const E* in) noexcept { return {in[0], in[1], in[2]}; }
 };
 
 template <>
-struct Layout<gui_objects::Point3f> {
-  using Element = float;
-  static constexpr std::size_t rows = 3;
-  static void store(const gui_objects::Point3f& p, float* out) noexcept {
-    out[0] = p.getX();
-    out[1] = p.getY();
-    out[2] = p.getZ();
-  }
-  static gui_objects::Point3f load(const float* in) noexcept { return {in[0], in[1], in[2]}; }
-};
+struct Layout<gui_objects::Point3d> : PointLayout<gui_objects::Point3d, double> {};
+template <>
+struct Layout<gui_objects::Point3f> : PointLayout<gui_objects::Point3f, float> {};
 
 template <>
 struct Layout<gui_objects::Color4b> {
