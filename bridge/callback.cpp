@@ -2,6 +2,7 @@
 // running it through the host interpreter without letting its errors escape.
 #include <boost/numeric/conversion/cast.hpp>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -30,6 +31,11 @@ char* duplicate(const char* text) {
   char* copy = static_cast<char*>(utMallocWithCheck(length + 1));
   std::memcpy(copy, text, length + 1);
   return copy;
+}
+
+// The text of a char array, freed however the caller leaves.
+std::unique_ptr<char, void (*)(void*)> ownedText(const zrArray_tag* value) {
+  return {zrArrayToString(value), zrFree};
 }
 
 bool sameText(const char* a, const char* b) noexcept {
@@ -86,14 +92,7 @@ MCallback::MCallback(const zrArray_tag* value) {
     if (value == nullptr || zrIsEmpty(value)) {
       initialise("", nullptr, nullptr);
     } else if (zrIsChar(value)) {
-      char* text = zrArrayToString(value);
-      try {
-        initialise(text, nullptr, nullptr);
-      } catch (...) {
-        zrFree(text);
-        throw;
-      }
-      zrFree(text);
+      initialise(ownedText(value).get(), nullptr, nullptr);
     } else if (zrIsFunctionHandle(value)) {
       initialise(nullptr, nullptr, value);
     } else if (zrIsCell(value)) {
@@ -102,14 +101,7 @@ MCallback::MCallback(const zrArray_tag* value) {
       if (first == nullptr) {
         initialise("", nullptr, nullptr);
       } else if (zrIsChar(first)) {
-        char* name = zrArrayToString(first);
-        try {
-          initialise(nullptr, name, nullptr);
-        } catch (...) {
-          zrFree(name);
-          throw;
-        }
-        zrFree(name);
+        initialise(nullptr, ownedText(first).get(), nullptr);
       } else if (zrIsFunctionHandle(first)) {
         initialise(nullptr, nullptr, first);
       } else {
