@@ -282,22 +282,16 @@ std::string unescape(const std::string& format) {
       out.push_back(format[i]);
       continue;
     }
-    switch (format[++i]) {
-      case 'n':
-        out.push_back('\n');
-        break;
-      case 't':
-        out.push_back('\t');
-        break;
-      case 'r':
-        out.push_back('\r');
-        break;
-      case '\\':
-        out.push_back('\\');
-        break;
-      default:
-        out.push_back('\\');
-        out.push_back(format[i]);
+    // Escape letters and what they stand for, at the same index; anything else
+    // keeps its backslash.
+    static constexpr char kLetters[] = "ntr\\";
+    static constexpr char kMeanings[] = "\n\t\r\\";
+    const char* known = std::strchr(kLetters, format[++i]);
+    if (known != nullptr && *known != '\0') {
+      out.push_back(kMeanings[known - kLetters]);
+    } else {
+      out.push_back('\\');
+      out.push_back(format[i]);
     }
   }
   return out;
