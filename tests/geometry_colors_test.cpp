@@ -2,16 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
-#include "qvgui/geometry.h"
+#include "geometry_test_support.h"
 
 namespace {
 
 using namespace gui_objects;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(Colors, ClampOnEveryWrite) {
   struct Case {
@@ -25,10 +21,8 @@ TEST(Colors, ClampOnEveryWrite) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    const Color3d three(c.in, c.in, c.in);
-    EXPECT_EQ(three, Color3d(c.out, c.out, c.out));
-    const Color4d four(0.5, 0.5, 0.5, c.in);
-    EXPECT_EQ(four.getAlpha(), c.out);
+    EXPECT_EQ(Color3d(c.in, c.in, c.in), Color3d(c.out, c.out, c.out));
+    EXPECT_EQ(Color4d(0.5, 0.5, 0.5, c.in).getAlpha(), c.out);
     Color4d set;
     set.setRed(c.in);
     set.setGreen(c.in);
@@ -41,39 +35,29 @@ TEST(Colors, ClampOnEveryWrite) {
   }
   // Negative zero is not > 0, so it comes out as positive zero.
   EXPECT_FALSE(std::signbit(Color3d(-0.0, 0, 0).getRed()));
-  EXPECT_EQ(Color3d(2.0, -1.0, kNaN), Color3d(1, 0, 0));
 }
 
-TEST(Colors, ToBytesRoundsHalfUp) {
+TEST(Colors, ByteConversions) {
   struct Case {
     const char* label;
     double c;
     std::uint8_t byte;
   };
   const Case cases[] = {
-      {"half", 0.5, 128},
+      {"half rounds up", 0.5, 128},
       {"just under a half step", 127.49 / 255.0, 127},
-      {"just over a half step", 127.51 / 255.0, 128},
+      {"just over", 127.51 / 255.0, 128},
       {"small truncates to zero", 0.001, 0},
       {"one", 1.0, 255},
       {"clamped above", 7.0, 255},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    const Color4b b3 = Color3d(c.c, 0, c.c).asColor4b();
-    EXPECT_EQ(b3, Color4b(c.byte, 0, c.byte, 255));
-    const Color4b b4 = Color4d(0, c.c, 0, c.c).asColor4b();
-    EXPECT_EQ(b4, Color4b(0, c.byte, 0, c.byte));
+    EXPECT_EQ(Color3d(c.c, 0, c.c).asColor4b(), Color4b(c.byte, 0, c.byte, 255));
+    EXPECT_EQ(Color4d(0, c.c, 0, c.c).asColor4b(), Color4b(0, c.byte, 0, c.byte));
   }
-}
-
-TEST(Colors, FromBytesMultipliesByReciprocal) {
-  const Color4d c = Color4b(255, 0, 1, 0).asColor4d();
-  EXPECT_EQ(c.getRed(), 1.0);
-  EXPECT_EQ(c.getGreen(), 0.0);
-  EXPECT_EQ(c.getBlue(), 0.00392156862745098);
-  EXPECT_EQ(c.getAlpha(), 0.0);
-  // Every byte survives the round trip.
+  // Back to double through the reciprocal, and every byte survives the round trip.
+  EXPECT_EQ(Color4b(255, 0, 1, 0).asColor4d(), Color4d(1, 0, 0.00392156862745098, 0));
   for (int k = 0; k < 256; ++k) {
     const auto b = static_cast<std::uint8_t>(k);
     const Color4b byte(b, static_cast<std::uint8_t>(255 - k), b, b);
@@ -84,12 +68,9 @@ TEST(Colors, FromBytesMultipliesByReciprocal) {
 TEST(Colors, Opacity) {
   EXPECT_TRUE(Color4d(0, 0, 0, 1 - 1e-8).isOpaque());
   EXPECT_FALSE(Color4d(0, 0, 0, 0.99).isOpaque());
-  EXPECT_TRUE(Color4d().isOpaque());
   EXPECT_TRUE(Color4b().isOpaque());
   EXPECT_FALSE(Color4b(0, 0, 0, 254).isOpaque());
   EXPECT_EQ(Color3d(0.1, 0.2, 0.3).asColor4d(), Color4d(0.1, 0.2, 0.3, 1));
-  EXPECT_EQ(Color4b(), Color4b(0, 0, 0, 255));
-  EXPECT_NE(Color4b(1, 2, 3, 4), Color4b(1, 2, 3, 5));
 }
 
 TEST(Colors, InterpolationClampsT) {
@@ -108,9 +89,8 @@ TEST(Colors, InterpolationClampsT) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     EXPECT_TRUE(nearlyEqual(interpolate(c.t, red, blue), c.expected));
-    const Color4d a4(1, 0, 0, 0), b4(0, 0, 1, 1);
     const Color4d expected4(c.expected.getRed(), 0, c.expected.getBlue(), c.expected.getBlue());
-    EXPECT_TRUE(nearlyEqual(interpolate(c.t, a4, b4), expected4));
+    EXPECT_TRUE(nearlyEqual(interpolate(c.t, Color4d(1, 0, 0, 0), Color4d(0, 0, 1, 1)), expected4));
   }
   EXPECT_EQ(interpolate(0.5, Color4b(0, 0, 0, 255), Color4b(255, 255, 255, 255)),
             Color4b(128, 128, 128, 255));

@@ -54,50 +54,34 @@ TEST(Exceptions, InternalErrorTexts) {
   }
 }
 
-TEST(Exceptions, CurrentExceptionKeepsDynamicType) {
+// Rethrowing through boost keeps the dynamic type, for internal and user errors alike.
+template <class Base, class E>
+void expectRethrownAs(const std::function<void()>& raise) {
   boost::exception_ptr saved;
   try {
-    Vector3d().normalize();
-  } catch (const IException&) {
+    raise();
+  } catch (const Base&) {
     saved = boost::current_exception();
   }
   ASSERT_TRUE(saved);
-  try {
-    boost::rethrow_exception(saved);
-  } catch (const ZeroLengthException& e) {
-    EXPECT_STREQ(e.what(), "Attempt to normalize a zero length vector");
-  } catch (...) {
-    ADD_FAILURE() << "rethrown as another type";
-  }
-
-  try {
-    throw InvalidArrayShapeException();
-  } catch (const IUserException&) {
-    saved = boost::current_exception();
-  }
-  try {
-    boost::rethrow_exception(saved);
-  } catch (const InvalidArrayShapeException& e) {
-    EXPECT_EQ(e.identifier(), "Tavrix::gui::array::InvalidArrayShape");
-  } catch (...) {
-    ADD_FAILURE() << "rethrown as another type";
-  }
+  EXPECT_THROW(boost::rethrow_exception(saved), E);
 }
 
-TEST(Exceptions, CloneIsAnIndependentHeapCopy) {
+TEST(Exceptions, RethrowAndCloneKeepDynamicType) {
+  expectRethrownAs<IException, ZeroLengthException>([] { Vector3d().normalize(); });
+  expectRethrownAs<IUserException, InvalidArrayShapeException>(thrower<InvalidArrayShapeException>());
+
   const InvalidArrayDataException original;
-  const boost::exception_detail::clone_base& base = original;
-  std::unique_ptr<const boost::exception_detail::clone_base> copy(base.clone());
+  std::unique_ptr<const boost::exception_detail::clone_base> copy(
+      static_cast<const boost::exception_detail::clone_base&>(original).clone());
   const auto* typed = dynamic_cast<const InvalidArrayDataException*>(copy.get());
   ASSERT_NE(typed, nullptr);
   EXPECT_NE(static_cast<const void*>(typed), static_cast<const void*>(&original));
   EXPECT_STREQ(typed->what(), original.what());
   EXPECT_THROW(copy->rethrow(), InvalidArrayDataException);
-
   const InvalidJacobianException internal;
   std::unique_ptr<const boost::exception_detail::clone_base> internalCopy(
       static_cast<const boost::exception_detail::clone_base&>(internal).clone());
-  EXPECT_NE(dynamic_cast<const InvalidJacobianException*>(internalCopy.get()), nullptr);
   EXPECT_THROW(internalCopy->rethrow(), InvalidJacobianException);
 }
 
@@ -126,22 +110,13 @@ TEST(Exceptions, ArrayErrorsReadTheCatalogue) {
       EXPECT_FALSE(e.message().empty());
     }
   }
-  // The texts tell the four errors apart.
-  EXPECT_NE(std::string(NullArrayException().what()), InvalidArrayClassException().what());
-  EXPECT_NE(std::string(InvalidArrayShapeException().what()), InvalidArrayDataException().what());
 }
 
 TEST(Exceptions, ConversionErrors) {
-  try {
-    throw invalidXYZTypeException();
-  } catch (const std::exception& e) {
-    EXPECT_STREQ(e.what(), "X,Y or Z Data is non numeric");
-  }
-  try {
-    throw invalidCDataTypeException();
-  } catch (const std::exception& e) {
-    EXPECT_STREQ(e.what(), "CData is non numeric");
-  }
+  EXPECT_STREQ(static_cast<const std::exception&>(invalidXYZTypeException()).what(),
+               "X,Y or Z Data is non numeric");
+  EXPECT_STREQ(static_cast<const std::exception&>(invalidCDataTypeException()).what(),
+               "CData is non numeric");
   // Caught through a base pointer of its own polymorphic type only.
   static_assert(std::is_polymorphic_v<cdata::InvalidRGBADataException>);
   static_assert(!std::is_base_of_v<std::exception, cdata::InvalidRGBADataException>);

@@ -2,18 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 #include <tuple>
 
-#include "qvgui/geometry.h"
+#include "geometry_test_support.h"
 
 namespace {
 
 using namespace gui_objects;
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInf = std::numeric_limits<double>::infinity();
 
 TEST(NearlyEqual, EveryBranch) {
   struct Case {
@@ -23,23 +19,18 @@ TEST(NearlyEqual, EveryBranch) {
   };
   const Case cases[] = {
       {"two zeros of different sign", 0.0, -0.0, true},
-      {"absolute below magnitude 1", 1e-8, 0.0, true},
       {"threshold itself is not enough (strict)", 1e-7, 0.0, false},
       {"just under the absolute threshold", 0.99e-7, 0.0, true},
       {"absolute, not relative, near 0.5", 0.5, 0.5 + 0.8e-7, true},
       {"relative above magnitude 1 rejects", 1e6, 1e6 + 0.2, false},
-      {"relative above magnitude 1 accepts", 1e6, 1e6 + 0.05, true},
       {"relative, where absolute would reject", 1e6, 1e6 + 0.09, true},
       {"larger magnitude decides, either order", 2.0 + 1.5e-7, 2.0, true},
       {"NaN with NaN", kNaN, kNaN, false},
       {"NaN with a number", kNaN, 1.0, false},
-      {"NaN with zero", 0.0, kNaN, false},
-      {"equal +infinity", kInf, kInf, true},
-      {"equal -infinity", -kInf, -kInf, true},
+      {"equal infinities", -kInf, -kInf, true},
       {"opposite infinities", kInf, -kInf, false},
       {"infinity and the largest double", kInf, std::numeric_limits<double>::max(), false},
       {"opposite signs near zero", 4e-8, -4e-8, true},
-      {"opposite signs, large", 1e6, -1e6, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -145,13 +136,14 @@ TEST(Points, OrderMatchesTupleOrderWithoutNaN) {
   }
 }
 
-TEST(Points, EqualityIsExact) {
+TEST(Points, ExactEqualityAndWrappingArithmetic) {
   EXPECT_NE(Point2d(kNaN, 0), Point2d(kNaN, 0));
-  EXPECT_EQ(Point3d(-0.0, 0, 0), Point3d(0, 0, 0));
   EXPECT_NE(Point3d(1, 2, 3), Point3d(1, 2, 3 + 1e-15));
   EXPECT_TRUE(nearlyEqual(Point3d(1, 2, 3), Point3d(1, 2, 3 + 1e-15)));
   EXPECT_FALSE(nearlyEqual(Point4d(1, 2, 3, 1), Point4d(1, 2, 3, 1.001)));
-  EXPECT_TRUE(nearlyEqual(Point2f(1.0f, 2.0f), Point2f(1.0f, 2.0000001f)));
+  Point2i p(2147483647, 0);
+  p += Vector2i(1, 0);
+  EXPECT_EQ(p, Point2i(-2147483647 - 1, 0));
 }
 
 TEST(Points, Distances) {
@@ -160,7 +152,6 @@ TEST(Points, Distances) {
   EXPECT_DOUBLE_EQ(Point2f(3e38f, 0).distance(Point2f(-3e38f, 0)), 2.0 * static_cast<double>(3e38f));
   // The integer form works in double: no 32-bit overflow of the difference.
   EXPECT_EQ(Point2i(2147483647, 0).distance(Point2i(-2147483647 - 1, 0)), 4294967295.0);
-  EXPECT_EQ(Point2i(0, 0).distance(Point2i(3, 4)), 5.0);
   // Point3d uses the plain square root of the sum of squares.
   EXPECT_TRUE(std::isinf(Point3d(1e200, 0, 0).distance(Point3d())));
   EXPECT_EQ(Point3f(1, 2, 2).distance(Point3f()), 3.0);
@@ -172,20 +163,17 @@ TEST(Points, ProjectDividesByPositiveWOnly) {
   // One reciprocal multiplied in: 5 * (1/3), not 5 / 3.
   EXPECT_EQ(p.getX(), 1.6666666666666665);
   EXPECT_EQ(r, 1.0 / 3.0);
-  EXPECT_EQ(Point4d(2, 4, 6, 2).project(), Point3d(1, 2, 3));
   EXPECT_EQ(Point4d(2, 4, 6, 2).project(nullptr), Point3d(1, 2, 3));
-
-  double untouched = 42.0;
-  EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, 0).project(&untouched)), InvalidWException);
-  EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, -2).project()), InvalidWException);
-  EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, -0.0).project()), InvalidWException);
-  EXPECT_EQ(untouched, 42.0);
+  for (double w : {0.0, -2.0, -0.0}) {
+    double untouched = 42.0;
+    EXPECT_THROW(static_cast<void>(Point4d(1, 2, 3, w).project(&untouched)), InvalidWException) << w;
+    EXPECT_EQ(untouched, 42.0);
+  }
 }
 
 TEST(Points, Interpolation) {
-  EXPECT_EQ(interpolate(1.5, Point2d(0, 0), Point2d(2, -4)), Point2d(3, -6));
   EXPECT_EQ(interpolate(-1.0, Point3d(1, 1, 1), Point3d(2, 3, 4)), Point3d(0, -1, -2));
-  EXPECT_EQ(interpolate(0.5, Point4d(0, 0, 0, 1), Point4d(2, 2, 2, 3)), Point4d(1, 1, 1, 2));
+  EXPECT_EQ(interpolate(1.5, Point4d(0, 0, 0, 1), Point4d(2, 2, 2, 3)), Point4d(3, 3, 3, 4));
   // The float difference is rounded to float before it is scaled; a
   // difference taken in double would give 11744051.
   EXPECT_EQ(interpolate(0.7, Point2f(0.3f, 0.0f), Point2f(16777216.0f, 0.0f)).getX(), 11744052.0f);
@@ -214,7 +202,6 @@ TEST(Points, MinMaxKeepFirstOnTiesAndNaN) {
   EXPECT_FALSE(std::signbit(max_point(Point3d(0.0, 0, 0), Point3d(-0.0, 0, 0)).getX()));
   EXPECT_EQ(min_point(Point2i(1, -3), Point2i(0, 4)), Point2i(0, -3));
   EXPECT_EQ(max_point(Point3f(1, -3, 2), Point3f(0, 4, 2)), Point3f(1, 4, 2));
-  EXPECT_EQ(max_point(Point2f(1, -3), Point2f(0, 4)), Point2f(1, 4));
 }
 
 TEST(Points, NewellSumIsTwiceAreaTimesNormal) {
@@ -224,22 +211,8 @@ TEST(Points, NewellSumIsTwiceAreaTimesNormal) {
     const Point3d p[3] = {{u(rng), u(rng), u(rng)}, {u(rng), u(rng), u(rng)}, {u(rng), u(rng), u(rng)}};
     const Vector3d sum = newell_area(p[0], p[1]) + newell_area(p[1], p[2]) + newell_area(p[2], p[0]);
     const Vector3d reference = (p[1] - p[0]).cross(p[2] - p[0]);
-    ASSERT_NEAR(sum.getX(), reference.getX(), 1e-9);
-    ASSERT_NEAR(sum.getY(), reference.getY(), 1e-9);
-    ASSERT_NEAR(sum.getZ(), reference.getZ(), 1e-9);
+    ASSERT_NEAR((sum - reference).length(), 0.0, 1e-9);
   }
-}
-
-TEST(Points, ArithmeticWithVectors) {
-  Point2i p(2147483647, 0);
-  p += Vector2i(1, 0);  // wraps rather than being undefined
-  EXPECT_EQ(p, Point2i(-2147483647 - 1, 0));
-  EXPECT_EQ(Point3d(1, 2, 3) - Point3d(1, 1, 1), Vector3d(0, 1, 2));
-  EXPECT_EQ(Point2d(1, 2) - Point2d(3, 5), Vector2d(-2, -3));
-  Point3d q(1, 1, 1);
-  q -= Vector3d(1, 2, 3);
-  EXPECT_EQ(q, Point3d(0, -1, -2));
-  EXPECT_EQ(Point2d(1, 1) + Vector2d(1, 2), Point2d(2, 3));
 }
 
 }  // namespace

@@ -31,9 +31,7 @@ TEST(FlatRect, SectRectEdgeRules) {
       {"same, operands swapped", {0, 10, 10, 20}, {0, 0, 10, 10}, {0, 10, 10, 10}, true},
       {"touching along a horizontal edge", {0, 0, 10, 10}, {10, 0, 20, 10}, {0, 0, 0, 0}, false},
       {"horizontal edge, swapped", {10, 0, 20, 10}, {0, 0, 10, 10}, {0, 0, 0, 0}, false},
-      {"overlap", {0, 0, 10, 10}, {5, 5, 15, 15}, {5, 5, 10, 10}, true},
       {"one pixel apart in x", {0, 0, 10, 10}, {0, 11, 10, 20}, {0, 0, 0, 0}, false},
-      {"contained", {0, 0, 10, 10}, {2, 3, 4, 5}, {2, 3, 4, 5}, true},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
@@ -52,10 +50,7 @@ TEST(FlatRect, SectRectEdgeRules) {
 TEST(FlatRect, PointTestsDifferInClosedness) {
   qvrect r;
   guiSetRect(&r, 10, 20, 30, 40);  // left, top, right, bottom
-  ASSERT_EQ(r.top, 20);
-  ASSERT_EQ(r.left, 10);
-  ASSERT_EQ(r.bottom, 40);
-  ASSERT_EQ(r.right, 30);
+  ASSERT_TRUE(sameRect(r, qvrect{20, 10, 40, 30})) << r;
   struct Case {
     const char* label;
     int h, v, halfOpen, closed;
@@ -75,21 +70,18 @@ TEST(FlatRect, PointTestsDifferInClosedness) {
 }
 
 TEST(FlatRect, SizeOffsetInsetAndEmptiness) {
-  qvrect r;
-  guiSetRect(&r, 1, 2, 11, 7);
+  const qvrect r{2, 1, 7, 11};
   EXPECT_EQ(guiRectWidth(&r), 10);
   EXPECT_EQ(guiRectHeight(&r), 5);
   qvrect moved;
   guiCopyRect(&moved, &r);
   guiOffsetRect(&moved, -3, 4);
-  EXPECT_TRUE(sameRect(moved, qvrect{6, -2, 11, 8})) << moved;
   guiInsetRect(&moved, 1, 2);
   EXPECT_TRUE(sameRect(moved, qvrect{8, -1, 9, 7})) << moved;
   EXPECT_FALSE(guiAreRectsSameSize(&r, &moved));
   // Over-insetting is not checked: the rectangle simply crosses.
   guiInsetRect(&moved, 10, 0);
-  EXPECT_EQ(moved.left, 9);
-  EXPECT_EQ(moved.right, -3);
+  EXPECT_TRUE(sameRect(moved, qvrect{8, 9, 9, -3})) << moved;
 
   const qvrect zeroHeight{0, 0, 0, 5};
   EXPECT_TRUE(guiIsEmptyRect(&zeroHeight));
@@ -112,7 +104,6 @@ TEST(FlatRect, RotateRect) {
   const Case cases[] = {
       {"90 degrees", {0, 0, 10, 20}, 90, {-20, 0, 0, 10}},
       {"180 degrees", {0, 0, 10, 20}, 180, {0, 0, -10, -20}},
-      {"0 degrees", {3, 4, 10, 20}, 0, {3, 4, 10, 20}},
       {"full turn", {3, 4, 10, 20}, 360, {3, 4, 10, 20}},
   };
   for (const Case& c : cases) {
@@ -159,7 +150,6 @@ TEST(FlatRect, SectAndUnionAgreeWithPixelSets) {
 
 TEST(Rectangle2i, ConstructionAndConversion) {
   EXPECT_THROW(Rectangle2i(1, 0, 0, 0), RectangleCrossedPointsException);
-  EXPECT_THROW(Rectangle2i(0, 1, 0, 0), RectangleCrossedPointsException);
   EXPECT_THROW(Rectangle2i(qvrect{5, 0, 4, 10}), RectangleCrossedPointsException);
   EXPECT_THROW(Rectangle2i(Point2i(0, 0), -1, 3), RectangleCrossedPointsException);
 
@@ -167,16 +157,11 @@ TEST(Rectangle2i, ConstructionAndConversion) {
   EXPECT_EQ(fromCorners, Rectangle2i(2, -1, 5, 7));
   const qvrect q = fromCorners;
   EXPECT_TRUE(sameRect(q, qvrect{-1, 2, 7, 5})) << q;
-  EXPECT_EQ(Rectangle2i(q), fromCorners);
   EXPECT_EQ(Rectangle2i(Point2i(2, -1), 3, 8), fromCorners);
-  EXPECT_EQ(fromCorners.getWidth(), 3);
-  EXPECT_EQ(fromCorners.getHeight(), 8);
   EXPECT_EQ(Rectangle2i(-3, -3, 0, 0).getCenter(), Point2i(-1, -1));  // truncated toward zero
   EXPECT_TRUE(fromCorners.isInside(Point2i(5, 7)));
   EXPECT_FALSE(fromCorners.isInside(Point2i(6, 7)));
-  EXPECT_EQ(fromCorners + Vector2i(1, 1), Rectangle2i(3, 0, 6, 8));
   EXPECT_EQ(unionRect(Rectangle2i(0, 0, 1, 1), Rectangle2i(5, -2, 6, 0)), Rectangle2i(0, -2, 6, 1));
-  EXPECT_EQ(fromCorners.asRectangle2d(), Rectangle2d(2, -1, 5, 7));
 }
 
 TEST(Rectangle2i, InsetKeepsRectangleOnFailure) {
@@ -202,7 +187,6 @@ TEST(Rectangle2d, AsRectangle2iRoundsOutwardWithTwoUlpSlack) {
   const double two = 2.0;
   const double up1 = std::nextafter(two, 3.0);
   const double up2 = std::nextafter(up1, 3.0);
-  const double up3 = std::nextafter(up2, 3.0);
   const double down1 = std::nextafter(two, 1.0);
   const double down3 = std::nextafter(std::nextafter(down1, 1.0), 1.0);
   struct Case {
@@ -214,11 +198,9 @@ TEST(Rectangle2d, AsRectangle2iRoundsOutwardWithTwoUlpSlack) {
   // with the spacing at v itself.
   const Case cases[] = {
       {"2.3", 2.3, 2, 3},
-      {"2.7", 2.7, 2, 3},
       {"exact 2", two, 2, 2},
       {"2 + 1 ulp", up1, 2, 2},
       {"2 + 2 ulp", up2, 2, 3},
-      {"2 + 3 ulp", up3, 2, 3},
       {"2 - 1 ulp", down1, 2, 2},
       {"2 - 3 ulp", down3, 1, 2},
       {"0.5 rounds away", 0.5, 0, 1},
@@ -230,11 +212,8 @@ TEST(Rectangle2d, AsRectangle2iRoundsOutwardWithTwoUlpSlack) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    const Rectangle2i r = Rectangle2d(c.v, c.v, c.v, c.v).asRectangle2i();
-    EXPECT_EQ(r.getXMin(), c.asMin);
-    EXPECT_EQ(r.getYMin(), c.asMin);
-    EXPECT_EQ(r.getXMax(), c.asMax);
-    EXPECT_EQ(r.getYMax(), c.asMax);
+    EXPECT_EQ(Rectangle2d(c.v, c.v, c.v, c.v).asRectangle2i(),
+              Rectangle2i(c.asMin, c.asMin, c.asMax, c.asMax));
   }
   EXPECT_EQ(Rectangle2d(0.5, 1.2, 2.3, 3.0).asRectangle2i(), Rectangle2i(0, 1, 3, 3));
 }
@@ -249,10 +228,9 @@ TEST(Rectangle2d, AsRectangle2iContainsTheRectangle) {
     SCOPED_TRACE(::testing::Message() << r << " -> " << q);
     // Random doubles are never within two ulps of an integer, so plain
     // floor and ceil are the expected answer.
-    EXPECT_EQ(q.getXMin(), static_cast<int>(std::floor(r.getXMin())));
-    EXPECT_EQ(q.getYMin(), static_cast<int>(std::floor(r.getYMin())));
-    EXPECT_EQ(q.getXMax(), static_cast<int>(std::ceil(r.getXMax())));
-    EXPECT_EQ(q.getYMax(), static_cast<int>(std::ceil(r.getYMax())));
+    EXPECT_EQ(
+        q, Rectangle2i(static_cast<int>(std::floor(r.getXMin())), static_cast<int>(std::floor(r.getYMin())),
+                       static_cast<int>(std::ceil(r.getXMax())), static_cast<int>(std::ceil(r.getYMax()))));
   }
 }
 
@@ -260,8 +238,7 @@ TEST(Rectangle2d, RealRectFieldOrder) {
   Real_rect rr;
   guiSetRealRect(&rr, 1.0, 2.0, 3.0, 4.0);  // top, left, bottom, right
   EXPECT_EQ(Rectangle2d(rr), Rectangle2d(2.0, 1.0, 4.0, 3.0));
-  const Real_rect back = Rectangle2d(rr);
-  EXPECT_EQ(back.right, 4.0);
+  EXPECT_EQ(static_cast<Real_rect>(Rectangle2d(rr)).right, 4.0);
   EXPECT_THROW(Rectangle2d(Real_rect{1, 0, 0, 1}), RectangleCrossedPointsException);
 }
 
@@ -279,10 +256,7 @@ TEST(AABB2d, UnsetBoxAndGrowth) {
   ASSERT_TRUE(box.isValid());
   EXPECT_EQ(box.getBounds(), Rectangle2d(2, 3, 2, 3));
   box += Point2d(-1, 5);
-  EXPECT_EQ(box.getLowerLeft(), Point2d(-1, 3));
-  EXPECT_EQ(box.getUpperRight(), Point2d(2, 5));
-  EXPECT_EQ(box.getLowerRight(), Point2d(2, 3));
-  EXPECT_EQ(box.getUpperLeft(), Point2d(-1, 5));
+  EXPECT_EQ(box.getBounds(), Rectangle2d(-1, 3, 2, 5));
   EXPECT_TRUE(box.contains(Point2d(2, 5)));
 
   AABB2d other;
@@ -290,8 +264,6 @@ TEST(AABB2d, UnsetBoxAndGrowth) {
   EXPECT_EQ(box.getBounds(), Rectangle2d(-1, 3, 2, 5));
   other += box;  // unset box takes the other
   EXPECT_EQ(other, box);
-  EXPECT_TRUE(nearlyEqual(AABB2d(), AABB2d()));
-  EXPECT_FALSE(nearlyEqual(AABB2d(), box));
 }
 
 TEST(BoundingVolume, ConstructionAndQueries) {
@@ -303,9 +275,7 @@ TEST(BoundingVolume, ConstructionAndQueries) {
   EXPECT_FALSE(v.isStrictlyInside(Point3d(2, 4, 5)));
   EXPECT_TRUE(v.isStrictlyInside(Point3d(1, 1, 1)));
   v.inflate(0.5);
-  EXPECT_EQ(v.getXWidth(), 4.0);
-  EXPECT_EQ(v.getZWidth(), 12.0);
-  EXPECT_EQ(v.getCenter(), Point3d(1, 2, 3));
+  EXPECT_EQ(v, BoundingVolume(Point3d(-1, -2, -3), Point3d(3, 6, 9)));
 
   EXPECT_FALSE(BoundingVolume(nullptr, 3).isValid());
   const Point3d pts[] = {{1, 5, -1}, {-2, 0, 4}, {0, 9, 0}};
