@@ -13,15 +13,15 @@
 namespace {
 
 using namespace gui_objects;
+using Rows = std::vector<std::vector<double>>;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
-constexpr double kDblMax = std::numeric_limits<double>::max();
-constexpr const char* kFaceWarning = "Tavrix::gui::surface::PatchFacesElementExceedsVerticesLength";
+constexpr double M = std::numeric_limits<double>::max();
 
 // A column-major double matrix from rows written naturally.
-zrArray_tag* matrix(const std::vector<std::vector<double>>& rows) {
-  const std::size_t m = rows.size(), n = m == 0 ? 0 : rows[0].size();
+zrArray_tag* matrix(const Rows& rows) {
+  const std::size_t m = rows.size(), n = m == 0 ? 3 : rows[0].size();
   zrArray_tag* a = zrCreateDoubleMatrix(m, n);
   for (std::size_t r = 0; r < m; ++r)
     for (std::size_t c = 0; c < n; ++c) zrGetPr(a)[r + c * m] = rows[r][c];
@@ -44,30 +44,22 @@ class FakePatch final : public PatchProxy {
   }
   const zrArray_tag* getFaces() override { return faces_; }
   const zrArray_tag* getVertices() override { return vertices_; }
-  void setVertexNormals(zrArray_tag* n) override {
-    zrDestroyArray(vertexNormals_);
-    vertexNormals_ = zrDuplicateArray(n);
-    ++mode_;
-  }
+  void setVertexNormals(zrArray_tag* n) override { store(vertexNormals_, n, true); }
   zrArray_tag* getVertexNormals() override { return vertexNormals_; }
-  void setFaceNormals(zrArray_tag* n) override {
-    zrDestroyArray(faceNormals_);
-    faceNormals_ = keepFaceNormals ? zrDuplicateArray(n) : nullptr;
-    ++mode_;
-  }
+  void setFaceNormals(zrArray_tag* n) override { store(faceNormals_, n, keepFaceNormals); }
   zrArray_tag* getFaceNormals() override { return faceNormals_; }
   std::int32_t getNormalsMode() override { return mode_; }
   void setNormalsMode(std::int32_t mode) override { mode_ = mode; }
 
+  void store(zrArray_tag*& slot, zrArray_tag* n, bool keep) {
+    zrDestroyArray(slot);
+    slot = keep ? zrDuplicateArray(n) : nullptr;
+    ++mode_;
+  }
   bool keepFaceNormals = true;
   std::int32_t mode_ = 7;
-  zrArray_tag* vertices_;
-  zrArray_tag* faces_;
-  zrArray_tag* vertexNormals_ = nullptr;
-  zrArray_tag* faceNormals_ = nullptr;
+  zrArray_tag *vertices_, *faces_, *vertexNormals_ = nullptr, *faceNormals_ = nullptr;
 };
-
-// ---- Face checks ----------------------------------------------------------------------
 
 TEST(HowManyPatchVerticesAreOk, CountsLeadingEntries) {
   struct Case {
@@ -97,77 +89,47 @@ TEST(HowManyPatchVerticesAreOk, CountsLeadingEntries) {
     hostClearRecordedWarnings();
     EXPECT_EQ(howManyPatchVerticesAreOk(2, nf, c.face.size(), faces.data(), 4), c.expected);
     const std::vector<HostWarning> warnings = hostRecordedWarnings();
-    if (c.warning == nullptr) {
-      EXPECT_TRUE(warnings.empty());
-    } else {
-      ASSERT_EQ(warnings.size(), 1u);
-      EXPECT_EQ(warnings[0].identifier, kFaceWarning);
-      EXPECT_NE(warnings[0].message.find(c.warning), std::string::npos) << warnings[0].message;
-      EXPECT_NE(warnings[0].message.find(" 4"), std::string::npos) << "vertex count";
-    }
+    ASSERT_EQ(warnings.size(), c.warning == nullptr ? 0u : 1u);
+    if (c.warning == nullptr) continue;
+    EXPECT_EQ(warnings[0].identifier, "Tavrix::gui::surface::PatchFacesElementExceedsVerticesLength");
+    EXPECT_NE(warnings[0].message.find(c.warning), std::string::npos) << warnings[0].message;
+    EXPECT_NE(warnings[0].message.find(" 4"), std::string::npos) << "vertex count";
   }
   hostClearRecordedWarnings();
 }
 
-// ---- Normals ---------------------------------------------------------------------------
-
-struct NormalsCase {
-  const char* label;
-  std::vector<std::vector<double>> vertices;
-  std::vector<std::vector<double>> faces;
-  std::vector<std::vector<double>> vertexNormals;  // NaN rows: no normal
-  std::vector<std::vector<double>> faceNormals;
-};
-
 TEST(ComputePatchNormals, FanTriangulationRules) {
-  const NormalsCase cases[] = {
-      {"triangle: second edge crossed with the first",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-       {{1, 2, 3}},
-       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}},
-       {{0, 0, -1}}},
-      {"two-column vertices lie at z = 0",
-       {{0, 0}, {0, 1}, {1, 0}},
-       {{1, 2, 3}},
-       {{0, 0, 1}, {0, 0, 1}, {0, 0, 1}},
-       {{0, 0, 1}}},
-      {"not normalised: area weighs",
-       {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}},
-       {{1, 2, 3, 4}},
-       {{0, 0, -4}, {0, 0, -4}, {0, 0, -4}, {0, 0, -4}},
-       {{0, 0, -4}}},
-      {"shared vertex averages the faces' normals",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-       {{1, 2, 3}, {1, 4, 2}},
-       {{0, -0.5, -0.5}, {0, -0.5, -0.5}, {0, 0, -1}, {0, -1, 0}},
-       {{0, 0, -1}, {0, -1, 0}}},
-      {"face normal is the last triangle's",
-       {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}},
-       {{1, 2, 3, 4}},
-       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}, {-1, 1, -1}},
-       {{-1, 1, -1}}},
-      {"two entries give no normal",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-       {{1, 2, kNaN}},
-       {{kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}},
-       {{0, 0, 0}}},
-      {"repeated second entry: only the fourth vertex receives",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-       {{1, 2, 2, 3}},
-       {{kNaN, kNaN, kNaN}, {kNaN, kNaN, kNaN}, {0, 0, -1}},
-       {{0, 0, -1}}},
-      {"bad entry skips only its face",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-       {{1, 0, 3}, {1, 2, 3}},
-       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}},
-       {{0, 0, 0}, {0, 0, -1}}},
-      {"non-finite vertex skips the face",
-       {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {kInf, 0, 0}},
-       {{1, 2, 4}, {1, 2, 3}},
-       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}, {kNaN, kNaN, kNaN}},
-       {{0, 0, 0}, {0, 0, -1}}},
+  const std::vector<double> none{kNaN, kNaN, kNaN};
+  struct Case {
+    const char* label;
+    Rows vertices, faces;
+    Rows vertexNormals;  // NaN rows: no normal
+    Rows faceNormals;
   };
-  for (const NormalsCase& c : cases) {
+  const Rows tri{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+  const Rows down3(3, {0, 0, -1});
+  // clang-format off
+  const Case cases[] = {
+      {"triangle: second edge crossed with the first", tri, {{1, 2, 3}}, down3, {{0, 0, -1}}},
+      {"two-column vertices lie at z = 0", {{0, 0}, {0, 1}, {1, 0}}, {{1, 2, 3}}, Rows(3, {0, 0, 1}),
+       {{0, 0, 1}}},
+      {"not normalised: area weighs", {{0, 0, 0}, {2, 0, 0}, {2, 2, 0}, {0, 2, 0}}, {{1, 2, 3, 4}},
+       Rows(4, {0, 0, -4}), {{0, 0, -4}}},
+      {"shared vertex averages the faces' normals", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+       {{1, 2, 3}, {1, 4, 2}}, {{0, -0.5, -0.5}, {0, -0.5, -0.5}, {0, 0, -1}, {0, -1, 0}},
+       {{0, 0, -1}, {0, -1, 0}}},
+      {"face normal is the last triangle's", {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}}, {{1, 2, 3, 4}},
+       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}, {-1, 1, -1}}, {{-1, 1, -1}}},
+      {"two entries give no normal", tri, {{1, 2, kNaN}}, Rows(3, none), {{0, 0, 0}}},
+      {"repeated second entry: only the fourth vertex receives", tri, {{1, 2, 2, 3}},
+       {none, none, {0, 0, -1}}, {{0, 0, -1}}},
+      {"bad entry skips only its face", tri, {{1, 0, 3}, {1, 2, 3}}, down3, {{0, 0, 0}, {0, 0, -1}}},
+      {"non-finite vertex skips the face", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {kInf, 0, 0}},
+       {{1, 2, 4}, {1, 2, 3}},
+       {{0, 0, -1}, {0, 0, -1}, {0, 0, -1}, none}, {{0, 0, 0}, {0, 0, -1}}},
+  };
+  // clang-format on
+  for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     hostClearRecordedWarnings();
     FakePatch patch(matrix(c.vertices), matrix(c.faces));
@@ -197,93 +159,61 @@ TEST(ComputePatchNormals, FanTriangulationRules) {
 }
 
 TEST(ComputePatchNormals, MissingPiecesAndStaleNormals) {
-  // No vertices: nothing is stored.
-  {
-    FakePatch patch(nullptr, matrix({{1, 2, 3}}));
-    computePatchNormals(patch);
-    EXPECT_EQ(patch.vertexNormals_, nullptr);
-  }
-  // No face normals stored: vertex normals still come out.
-  {
-    FakePatch patch(matrix({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}), matrix({{1, 2, 3}}));
-    patch.keepFaceNormals = false;
-    computePatchNormals(patch);
-    ASSERT_NE(patch.vertexNormals_, nullptr);
-    EXPECT_EQ(row(patch.vertexNormals_, 0), (std::vector<double>{0, 0, -1}));
-  }
-  // A second run starts from zero rather than adding to the first.
-  {
-    FakePatch patch(matrix({{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}), matrix({{1, 2, 3}}));
-    computePatchNormals(patch);
-    computePatchNormals(patch);
-    EXPECT_EQ(row(patch.vertexNormals_, 2), (std::vector<double>{0, 0, -1}));
-  }
-}
+  const Rows triangle{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+  FakePatch noVertices(nullptr, matrix({{1, 2, 3}}));
+  computePatchNormals(noVertices);
+  EXPECT_EQ(noVertices.vertexNormals_, nullptr);
 
-// ---- Extents ------------------------------------------------------------------------------
+  FakePatch noFaceNormals(matrix(triangle), matrix({{1, 2, 3}}));
+  noFaceNormals.keepFaceNormals = false;
+  computePatchNormals(noFaceNormals);
+  ASSERT_NE(noFaceNormals.vertexNormals_, nullptr);
+  EXPECT_EQ(row(noFaceNormals.vertexNormals_, 0), (std::vector<double>{0, 0, -1}));
+
+  // A second run starts from zero rather than adding to the first.
+  FakePatch twice(matrix(triangle), matrix({{1, 2, 3}}));
+  computePatchNormals(twice);
+  computePatchNormals(twice);
+  EXPECT_EQ(row(twice.vertexNormals_, 2), (std::vector<double>{0, 0, -1}));
+}
 
 TEST(ComputeFaceVertexExtents, Rules) {
   struct Case {
     const char* label;
-    std::vector<std::vector<double>> vertices;
-    std::vector<std::vector<double>> faces;
+    Rows vertices, faces;
     double expected[12];
+    bool zeroZ;
   };
-  const double M = kDblMax;
+  // clang-format off
   const Case cases[] = {
-      {"mixed signs", {{-2, 1}, {3, -1}}, {{1, 2}}, {-2, 3, -1, 1, 0, 0, -2, 3, -1, 1, -M, M}},
-      {"first vertex sets the minimums",
-       {{5, 6, 7}, {8, 9, 10}},
-       {{1, 2}},
-       {5, 8, 6, 9, 7, 10, -M, 5, -M, 6, -M, 7}},
+      {"mixed signs", {{-2, 1}, {3, -1}}, {{1, 2}}, {-2, 3, -1, 1, 0, 0, -2, 3, -1, 1, -M, M}, true},
+      {"first vertex sets the minimums", {{5, 6, 7}, {8, 9, 10}}, {{1, 2}},
+       {5, 8, 6, 9, 7, 10, -M, 5, -M, 6, -M, 7}, false},
       {"unreferenced and non-finite vertices are ignored",
-       {{1, 1, 1}, {-100, -100, -100}, {kNaN, 50, 50}, {2, -3, 0}},
-       {{1, 3, 4}},
-       {1, 2, -3, 1, 0, 1, -M, 1, -3, 1, -M, 1}},
-      {"a face ends at its first non-finite entry",
-       {{1, 1, 1}, {9, 9, 9}},
-       {{1, kNaN, 2}, {1, kInf, 99}},
-       {1, 1, 1, 1, 1, 1, -M, 1, -M, 1, -M, 1}},
-      {"no faces keeps the defaults", {{1, 2, 3}}, {}, {M, -M, M, -M, M, -M, -M, M, -M, M, -M, M}},
+       {{1, 1, 1}, {-100, -100, -100}, {kNaN, 50, 50}, {2, -3, 0}}, {{1, 3, 4}},
+       {1, 2, -3, 1, 0, 1, -M, 1, -3, 1, -M, 1}, false},
+      {"a face ends at its first non-finite entry", {{1, 1, 1}, {9, 9, 9}}, {{1, kNaN, 2}, {1, kInf, 99}},
+       {1, 1, 1, 1, 1, 1, -M, 1, -M, 1, -M, 1}, false},
+      {"no faces keeps the defaults", {{1, 2, 3}}, {}, {M, -M, M, -M, M, -M, -M, M, -M, M, -M, M}, false},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     zrArray_tag* v = matrix(c.vertices);
-    zrArray_tag* f = c.faces.empty() ? zrCreateDoubleMatrix(0, 3) : matrix(c.faces);
+    zrArray_tag* f = matrix(c.faces);
     const FaceVertexExtents e = computeFaceVertexExtents(f, v);
     for (int k = 0; k < 12; ++k) EXPECT_EQ(e.values[k], c.expected[k]) << "value " << k;
+    EXPECT_EQ(e.hasZeroZ(), c.zeroZ);
+    EXPECT_EQ(e.getLimit(tickpicker::kYAxis, tickpicker::kUpperRenderLimit), c.expected[3]);
+    EXPECT_EQ(e.getInnerLimit(tickpicker::kYAxis, tickpicker::kMaxNegativeData), c.expected[8]);
     zrDestroyArray(v);
     zrDestroyArray(f);
   }
 
-  zrArray_tag* v = matrix({{-2, 1}, {3, -1}});
-  zrArray_tag* f = matrix({{1, 2}});
-  const FaceVertexExtents e = computeFaceVertexExtents(f, v);
-  EXPECT_TRUE(e.hasZeroZ());
-  EXPECT_EQ(e.getLimit(tickpicker::kXAxis, tickpicker::kLowerRenderLimit), -2);
-  EXPECT_EQ(e.getLimit(tickpicker::kXAxis, tickpicker::kUpperRenderLimit), 3);
-  EXPECT_EQ(e.getInnerLimit(tickpicker::kYAxis, tickpicker::kMaxNegativeData), -1);
-  EXPECT_EQ(e.getInnerLimit(tickpicker::kYAxis, tickpicker::kMinPositiveData), 1);
-  EXPECT_FALSE(FaceVertexExtents().hasZeroZ());
-  zrDestroyArray(v);
-  zrDestroyArray(f);
-}
-
-TEST(ComputeFaceVertexExtents, BadInputThrows) {
   zrArray_tag* v = matrix({{0, 0, 0}, {1, 1, 1}});
-  struct Case {
-    const char* label;
-    std::vector<std::vector<double>> faces;
-  };
-  const Case cases[] = {
-      {"entry 0", {{1, 0}}},
-      {"entry above the vertex count", {{1, 3}}},
-      {"entry below 1", {{0.5, 1}}},
-      {"negative entry", {{-1, 1}}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    zrArray_tag* f = matrix(c.faces);
+  for (const Rows& faces : {Rows{{1, 0}}, Rows{{1, 3}}, Rows{{0.5, 1}}, Rows{{-1, 1}}}) {
+    SCOPED_TRACE(faces[0][0] + faces[0][1]);
+    zrArray_tag* f = matrix(faces);
     EXPECT_THROW((void)computeFaceVertexExtents(f, v), InvalidDataException);
     zrDestroyArray(f);
   }
@@ -292,14 +222,12 @@ TEST(ComputeFaceVertexExtents, BadInputThrows) {
   zrDestroyArray(v);
 }
 
-// ---- Per-face coordinates ----------------------------------------------------------------
-
 TEST(ConvertFaceVertexToXYZ, ColumnsPerFace) {
   zrArray_tag* v = matrix({{10, 20, 30}, {11, 21, 31}, {12, 22, 32}});
   zrArray_tag* f = matrix({{1, 2, kNaN}, {3, 1, 2}, {kNaN, 1, 2}, {2, 4, 1}});
   struct Case {
     std::size_t coordinate;
-    std::vector<std::vector<double>> expected;  // maxv x nf
+    Rows expected;  // maxv x nf
   };
   const Case cases[] = {
       {0, {{10, 12, 0, 11}, {11, 10, 0, 11}, {11, 11, 0, 11}}},
@@ -319,12 +247,9 @@ TEST(ConvertFaceVertexToXYZ, ColumnsPerFace) {
   EXPECT_EQ(convert_FaceVertex_to_XYZ(f, v, 3), nullptr);
   EXPECT_EQ(convert_FaceVertex_to_XYZ(nullptr, v, 0), nullptr);
   EXPECT_EQ(convert_FaceVertex_to_XYZ(f, nullptr, 0), nullptr);
-  zrArray_tag* text = zrCreateCharMatrixFromStrings(1, std::vector<const char*>{"abc"}.data());
+  zrArray_tag* text = zrCreateString("abc");
   EXPECT_THROW((void)convert_FaceVertex_to_XYZ(f, text, 0), invalidXYZTypeException);
-  zrDestroyArray(text);
-  zrDestroyArray(flat);
-  zrDestroyArray(v);
-  zrDestroyArray(f);
+  for (zrArray_tag* a : {text, flat, v, f}) zrDestroyArray(a);
 }
 
 }  // namespace
