@@ -2,7 +2,6 @@
 // copy of window-system-independent slots, and the callers with state.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -18,60 +17,26 @@ using gui_objects::test::WindowMethodRecorder;
 
 // Caller-checks slots (null stored as given), listed independently of the
 // library's own table.
-const std::set<std::string> kCallerChecks = {"GetDriverType",
-                                             "GetChildWindow",
-                                             "RecreateChildWindow",
-                                             "PrepareRenderEngine",
-                                             "PreExposeFcn",
-                                             "LineSpacing",
-                                             "SetOffscreenDrawing",
-                                             "EnableOffscreenDrawing",
-                                             "BlitOffscreenBuffer",
-                                             "ImageCaptureOffscreenBuffer",
-                                             "GetImageTrueColor",
-                                             "IsWindowTrueColor",
-                                             "get_event_point",
-                                             "get_event_select_type",
-                                             "copy_event",
-                                             "PostMessage",
-                                             "GetNumberOfMonitors",
-                                             "GetMonitorScreenRect",
-                                             "BlitOffScreenBufferNoClip",
-                                             "DestroyPixMap",
-                                             "CreateCopyOfOffScreenPixMap",
-                                             "MakeOffScreenBufferCurrent",
-                                             "CopyPixMapToOffScreenPixMap"};
+// clang-format off
+const std::set<std::string> kCallerChecks = {
+    "GetDriverType", "GetChildWindow", "RecreateChildWindow", "PrepareRenderEngine", "PreExposeFcn",
+    "LineSpacing", "SetOffscreenDrawing", "EnableOffscreenDrawing", "BlitOffscreenBuffer",
+    "ImageCaptureOffscreenBuffer", "GetImageTrueColor", "IsWindowTrueColor", "get_event_point",
+    "get_event_select_type", "copy_event", "PostMessage", "GetNumberOfMonitors", "GetMonitorScreenRect",
+    "BlitOffScreenBufferNoClip", "DestroyPixMap", "CreateCopyOfOffScreenPixMap", "MakeOffScreenBufferCurrent",
+    "CopyPixMapToOffScreenPixMap"};
 
 const std::set<std::string> kFilledByCreate = {
-    "WindowStyleFcn", "ExposeFcn",       "ResizeFcn",   "KeydownFcn",     "KeyupFcn",
-    "ButtondownFcn",  "ButtonmotionFcn", "ButtonupFcn", "ScrollwheelFcn", "SetControlTemplateRegion"};
+    "WindowStyleFcn", "ExposeFcn", "ResizeFcn", "KeydownFcn", "KeyupFcn", "ButtondownFcn", "ButtonmotionFcn",
+    "ButtonupFcn", "ScrollwheelFcn", "SetControlTemplateRegion"};
 
-const std::set<std::string> kWindowSystemIndependent = {"CloseWindow",
-                                                        "SetVisual",
-                                                        "AllocateFixedColors",
-                                                        "DeallocateFixedColors",
-                                                        "KeydownFcn",
-                                                        "KeyupFcn",
-                                                        "ButtondownFcn",
-                                                        "ButtonmotionFcn",
-                                                        "ButtonupFcn",
-                                                        "ScrollwheelFcn",
-                                                        "PreExposeFcn",
-                                                        "ExposeFcn",
-                                                        "ResizeFcn",
-                                                        "FigureMoved",
-                                                        "Resize_With_Rects_Fcn",
-                                                        "CreateClipRegion",
-                                                        "DestroyClipRegion",
-                                                        "RectEnclosingRegion",
-                                                        "RectInRegion",
-                                                        "IntersectRegions",
-                                                        "UnionRectRegion",
-                                                        "UnionRegions",
-                                                        "DrawStringIntoBitmap",
-                                                        "CreateToolbar",
-                                                        "CreateWSCData",
-                                                        "DestroyWSCData"};
+const std::set<std::string> kWindowSystemIndependent = {
+    "CloseWindow", "SetVisual", "AllocateFixedColors", "DeallocateFixedColors", "KeydownFcn", "KeyupFcn",
+    "ButtondownFcn", "ButtonmotionFcn", "ButtonupFcn", "ScrollwheelFcn", "PreExposeFcn", "ExposeFcn",
+    "ResizeFcn", "FigureMoved", "Resize_With_Rects_Fcn", "CreateClipRegion", "DestroyClipRegion",
+    "RectEnclosingRegion", "RectInRegion", "IntersectRegions", "UnionRectRegion", "UnionRegions",
+    "DrawStringIntoBitmap", "CreateToolbar", "CreateWSCData", "DestroyWSCData"};
+// clang-format on
 
 struct Slot {
   std::string name;
@@ -191,18 +156,6 @@ TEST(window_methods, CreateWithWSIfcnsCopiesExactlyTheIndependentSlots) {
   wm_Destroy(fresh);
 }
 
-TEST(window_methods, GettersReadBackInstalledSlots) {
-  NullDraw2D target;
-  const auto paint = [](WinRec_tag*, const qvrect*) {};
-  swm_PaintRect(target.methods(), +paint);
-  wmPaintRectFcn got = nullptr;
-  gwm_PaintRect(target.methods(), &got);
-  EXPECT_EQ(got, +paint);
-  wmGetMonitorScreenRectFcn monitor = reinterpret_cast<wmGetMonitorScreenRectFcn>(1);
-  gwm_GetMonitorScreenRect(target.methods(), &monitor);
-  EXPECT_EQ(monitor, nullptr);
-}
-
 TEST(window_methods, CallersWithFallbacksAndFlags) {
   WindowMethodRecorder rec;
   WinRec_tag* w = rec.window();
@@ -258,14 +211,11 @@ TEST(window_methods, LineTypeGatesDrawingButNotThePen) {
   wm_PolyLine(w, xs, ys, 2);
   EXPECT_EQ(rec.count("LineTo") + rec.count("PolyLine"), 2u);
 
-  struct Case {
-    int type;
-    bool real;
-  };
-  for (const Case& c : {Case{LINE_SOLID, true}, Case{LINE_DASHDOT, true}, Case{LINE_NONE, false},
-                        Case{-1, false}, Case{99, false}}) {
-    SCOPED_TRACE(c.type);
-    EXPECT_EQ(wmi_IsRealLineType(static_cast<LineTypes>(c.type)), c.real);
+  const std::pair<int, bool> cases[] = {
+      {LINE_SOLID, true}, {LINE_DASHDOT, true}, {LINE_NONE, false}, {-1, false}, {99, false}};
+  for (const auto& [type, real] : cases) {
+    SCOPED_TRACE(type);
+    EXPECT_EQ(wmi_IsRealLineType(static_cast<LineTypes>(type)), real);
   }
 }
 
@@ -319,17 +269,6 @@ TEST(window_methods, MarkerColourState) {
   EXPECT_EQ(wm_GetLineMarkerFillColor(w), nullptr);
   EXPECT_EQ(wm_GetLineMarkerFillColorIndex(w), 0);
   destroy_ColorPtr(c);
-}
-
-TEST(window_methods, CurrentWindowAndScreenScale) {
-  NullDraw2D target;
-  set_current_Window(target.window());
-  EXPECT_EQ(get_current_Window(), target.window());
-  EXPECT_EQ(get_current_winMethods(), target.methods());
-  set_current_Window(nullptr);
-  EXPECT_EQ(get_current_winMethods(), nullptr);
-  ws_SetScreenPixelsPerPoint(1.5);
-  EXPECT_EQ(ws_GetScreenPixelsPerPoint(), 1.5);
 }
 
 }  // namespace

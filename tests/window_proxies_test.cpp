@@ -118,7 +118,10 @@ TEST_F(window_proxies, CurrentWindowAndMonitorRectGoThroughSystemProxy) {
   WindowProxyRegistry::RegisterProxy(&w);
   gui_objects::test::NullDraw2D target;
   set_current_Window(target.window());
+  EXPECT_EQ(get_current_Window(), target.window());
+  EXPECT_EQ(get_current_winMethods(), target.methods());
   set_current_Window(nullptr);
+  EXPECT_EQ(get_current_winMethods(), nullptr);
   EXPECT_EQ(system.current, (std::vector<WinRec_tag*>{target.window(), nullptr}));
   qvrect r{};
   wm_GetMonitorScreenRect(target.window(), 0, &r);
@@ -188,14 +191,12 @@ TEST(window_events, EventNames) {
     UI_EventRecord::Type type;
     const char* name;
   };
-  const Case cases[] = {{UI_EventRecord::ButtonDown, "ButtonDown"},
-                        {UI_EventRecord::ButtonUp, "ButtonUp"},
-                        {UI_EventRecord::KeyDown, "KeyDown"},
-                        {UI_EventRecord::KeyUp, "KeyUp"},
-                        {UI_EventRecord::Motion, "Motion"},
-                        {UI_EventRecord::ScrollWheel, "ScrollWheel"},
-                        {UI_EventRecord::None, "None"},
-                        {static_cast<UI_EventRecord::Type>(42), "None"}};
+  using E = UI_EventRecord;
+  // clang-format off
+  const Case cases[] = {{E::ButtonDown, "ButtonDown"}, {E::ButtonUp, "ButtonUp"}, {E::KeyDown, "KeyDown"},
+                        {E::KeyUp, "KeyUp"}, {E::Motion, "Motion"}, {E::ScrollWheel, "ScrollWheel"},
+                        {E::None, "None"}, {static_cast<E::Type>(42), "None"}};
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_STREQ(UI_EventRecord::typeName(c.type), c.name);
