@@ -13,36 +13,21 @@ template <typename Visit>
 bool visitNumeric(const zrArray_tag* array, Visit&& visit) {
   const void* data = zrGetData(array);
   switch (zrGetClassID(array)) {
-    case zrDOUBLE_CLASS:
-      visit(static_cast<const double*>(data));
-      return true;
-    case zrSINGLE_CLASS:
-      visit(static_cast<const float*>(data));
-      return true;
-    case zrINT8_CLASS:
-      visit(static_cast<const std::int8_t*>(data));
-      return true;
-    case zrUINT8_CLASS:
-      visit(static_cast<const std::uint8_t*>(data));
-      return true;
-    case zrINT16_CLASS:
-      visit(static_cast<const std::int16_t*>(data));
-      return true;
-    case zrUINT16_CLASS:
-      visit(static_cast<const std::uint16_t*>(data));
-      return true;
-    case zrINT32_CLASS:
-      visit(static_cast<const std::int32_t*>(data));
-      return true;
-    case zrUINT32_CLASS:
-      visit(static_cast<const std::uint32_t*>(data));
-      return true;
-    case zrINT64_CLASS:
-      visit(static_cast<const std::int64_t*>(data));
-      return true;
-    case zrUINT64_CLASS:
-      visit(static_cast<const std::uint64_t*>(data));
-      return true;
+#define QVGUI_VISIT_CLASS(id, T)        \
+  case id:                              \
+    visit(static_cast<const T*>(data)); \
+    return true;
+    QVGUI_VISIT_CLASS(zrDOUBLE_CLASS, double)
+    QVGUI_VISIT_CLASS(zrSINGLE_CLASS, float)
+    QVGUI_VISIT_CLASS(zrINT8_CLASS, std::int8_t)
+    QVGUI_VISIT_CLASS(zrUINT8_CLASS, std::uint8_t)
+    QVGUI_VISIT_CLASS(zrINT16_CLASS, std::int16_t)
+    QVGUI_VISIT_CLASS(zrUINT16_CLASS, std::uint16_t)
+    QVGUI_VISIT_CLASS(zrINT32_CLASS, std::int32_t)
+    QVGUI_VISIT_CLASS(zrUINT32_CLASS, std::uint32_t)
+    QVGUI_VISIT_CLASS(zrINT64_CLASS, std::int64_t)
+    QVGUI_VISIT_CLASS(zrUINT64_CLASS, std::uint64_t)
+#undef QVGUI_VISIT_CLASS
     default:
       return false;
   }
