@@ -8,33 +8,36 @@ namespace gui_objects {
 
 // ---- Event records -----------------------------------------------------------------
 
-UI_EventRecord UI_EventRecord::makeButton(Type type, WinRec_tag* win, qvpoint where, int button,
-                                          unsigned modifiers) {
+namespace {
+
+UI_EventRecord makeEvent(UI_EventRecord::Type type, WinRec_tag* win, unsigned modifiers) {
   UI_EventRecord e;
   e.type = type;
   e.window = win;
+  e.modifiers = modifiers;
+  return e;
+}
+
+}  // namespace
+
+UI_EventRecord UI_EventRecord::makeButton(Type type, WinRec_tag* win, qvpoint where, int button,
+                                          unsigned modifiers) {
+  UI_EventRecord e = makeEvent(type, win, modifiers);
   e.where = where;
   e.button = button;
-  e.modifiers = modifiers;
   e.clickCount = 1;
   return e;
 }
 
 UI_EventRecord UI_EventRecord::makeKey(Type type, WinRec_tag* win, int key, unsigned modifiers) {
-  UI_EventRecord e;
-  e.type = type;
-  e.window = win;
+  UI_EventRecord e = makeEvent(type, win, modifiers);
   e.key = key;
-  e.modifiers = modifiers;
   return e;
 }
 
 UI_EventRecord UI_EventRecord::makeMotion(WinRec_tag* win, qvpoint where, unsigned modifiers) {
-  UI_EventRecord e;
-  e.type = Motion;
-  e.window = win;
+  UI_EventRecord e = makeEvent(Motion, win, modifiers);
   e.where = where;
-  e.modifiers = modifiers;
   return e;
 }
 
