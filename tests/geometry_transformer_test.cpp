@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "qvgui/geometry.h"
+#include "geometry_test_support.h"
 
 namespace {
 
@@ -22,6 +22,7 @@ TEST(Transformer, Classification) {
     Matrix4x4d m;
     Transformer::TransformMode mode;
   };
+  // The host tolerance is a few units in the last place: far tighter than nearlyEqual.
   const Case cases[] = {
       {"identity", Matrix4x4d(), Transformer::Identity},
       {"identity within an ulp", withElement(Matrix4x4d(), 5, 1 + 2.3e-16), Transformer::Identity},
@@ -33,7 +34,11 @@ TEST(Transformer, Classification) {
       {"small off-diagonal", withElement(Matrix4x4d(), 9, 1e-12), Transformer::Affine},
       {"rotation", Matrix4x4d::createZRotation(0.1), Transformer::Affine},
       {"frustum", Matrix4x4d::createFrustum(-1, 1, -1, 1, 1, 10), Transformer::General},
-      {"bottom row 1e-12", withElement(Matrix4x4d(), 3, 1e-12), Transformer::General},
+      {"bottom row 1e-12", withElement(Matrix4x4d(), 7, 1e-12), Transformer::General},
+      {"bottom row NaN", withElement(Matrix4x4d(), 11, kNaN), Transformer::General},
+      {"w within an ulp of one", withElement(Matrix4x4d(), 15, 1 + 2.3e-16), Transformer::Identity},
+      {"w 1e-12 off one", withElement(Matrix4x4d(), 15, 1 + 1e-12), Transformer::General},
+      {"bottom row tiny", withElement(Matrix4x4d(), 3, 1e-20), Transformer::Identity},
       {"w two", withElement(Matrix4x4d::createZRotation(0.1), 15, 2), Transformer::General},
   };
   for (const Case& c : cases) {
