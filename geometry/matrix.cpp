@@ -34,6 +34,19 @@ double minor3(const double* m, int skipRow, int skipColumn) noexcept {
 
 Matrix4x4d fromElements(const double (&values)[16]) noexcept { return Matrix4x4d(values); }
 
+// A counter-clockwise turn in the plane of axes i and j: i turns towards j.
+Matrix4x4d planeRotation(int i, int j, double angle) noexcept {
+  const double c = std::cos(angle);
+  const double s = std::sin(angle);
+  double e[16];
+  std::memcpy(e, kIdentity, sizeof e);
+  e[at(i, i)] = c;
+  e[at(i, j)] = -s;
+  e[at(j, i)] = s;
+  e[at(j, j)] = c;
+  return fromElements(e);
+}
+
 }  // namespace
 
 // ---- Construction ------------------------------------------------------------------
@@ -66,38 +79,12 @@ Matrix4x4d Matrix4x4d::createScale(const Vector3d& s) noexcept {
   return r;
 }
 
-Matrix4x4d Matrix4x4d::createXRotation(double angle) noexcept {
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  Matrix4x4d r;
-  r.m_[at(1, 1)] = c;
-  r.m_[at(1, 2)] = -s;
-  r.m_[at(2, 1)] = s;
-  r.m_[at(2, 2)] = c;
-  return r;
-}
+Matrix4x4d Matrix4x4d::createXRotation(double angle) noexcept { return planeRotation(1, 2, angle); }
 
-Matrix4x4d Matrix4x4d::createYRotation(double angle) noexcept {
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  Matrix4x4d r;
-  r.m_[at(0, 0)] = c;
-  r.m_[at(0, 2)] = s;
-  r.m_[at(2, 0)] = -s;
-  r.m_[at(2, 2)] = c;
-  return r;
-}
+// z turns towards x, so that the three turns are all right-handed.
+Matrix4x4d Matrix4x4d::createYRotation(double angle) noexcept { return planeRotation(2, 0, angle); }
 
-Matrix4x4d Matrix4x4d::createZRotation(double angle) noexcept {
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  Matrix4x4d r;
-  r.m_[at(0, 0)] = c;
-  r.m_[at(0, 1)] = -s;
-  r.m_[at(1, 0)] = s;
-  r.m_[at(1, 1)] = c;
-  return r;
-}
+Matrix4x4d Matrix4x4d::createZRotation(double angle) noexcept { return planeRotation(0, 1, angle); }
 
 Matrix4x4d Matrix4x4d::createRotation(const Vector3d& axis, double angle) {
   const double c = std::cos(angle);
