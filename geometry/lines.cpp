@@ -11,6 +11,15 @@ namespace {
 void requireNonZero(double lengthSquared) {
   if (isZeroWithinEps(lengthSquared)) raise<ZeroLengthException>();
 }
+
+// Normalises a copy first, so a zero tangent throws with the line untouched.
+template <class P, class V>
+void makeUnitTangent(const P& point, V& tangent, P& end) {
+  V t(tangent);
+  t.normalize();
+  tangent = t;
+  end = point + tangent;
+}
 }  // namespace
 
 // ---- Line2d -------------------------------------------------------------------------
@@ -25,10 +34,7 @@ Line2d::Line2d(const Point2d& point, const Vector2d& tangent)
 }
 
 Line2d& Line2d::normalize() {
-  Vector2d t(tangent_);
-  t.normalize();
-  tangent_ = t;
-  end_ = point_ + tangent_;
+  makeUnitTangent(point_, tangent_, end_);
   return *this;
 }
 
@@ -83,10 +89,7 @@ Line3d::Line3d(const Point3d& point, const Vector3d& tangent)
 }
 
 Line3d& Line3d::normalize() {
-  Vector3d t(tangent_);
-  t.normalize();
-  tangent_ = t;
-  end_ = point_ + tangent_;
+  makeUnitTangent(point_, tangent_, end_);
   return *this;
 }
 

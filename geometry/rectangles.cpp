@@ -25,6 +25,13 @@ namespace {
 
 [[noreturn]] void raiseCrossed() { raiseTag<RectangleCrossedPointsException>(); }
 
+// Exact comparison of the four edges, for either rectangle type.
+template <class R>
+bool sameEdges(const R& a, const R& b) noexcept {
+  return a.getXMin() == b.getXMin() && a.getYMin() == b.getYMin() && a.getXMax() == b.getXMax() &&
+         a.getYMax() == b.getYMax();
+}
+
 // Written as !(a <= b) so that NaN limits count as crossed.
 bool crossed(double lo, double hi) noexcept { return !(lo <= hi); }
 
@@ -120,22 +127,11 @@ Rectangle2d Rectangle2i::asRectangle2d() const noexcept {
   return Rectangle2d(Point2d(xMin_, yMin_), Point2d(xMax_, yMax_));
 }
 
-bool operator==(const Rectangle2i& a, const Rectangle2i& b) noexcept {
-  return a.getXMin() == b.getXMin() && a.getYMin() == b.getYMin() && a.getXMax() == b.getXMax() &&
-         a.getYMax() == b.getYMax();
-}
+bool operator==(const Rectangle2i& a, const Rectangle2i& b) noexcept { return sameEdges(a, b); }
 bool operator!=(const Rectangle2i& a, const Rectangle2i& b) noexcept { return !(a == b); }
 
-Rectangle2i operator+(const Rectangle2i& r, const Vector2i& d) noexcept {
-  Rectangle2i out(r);
-  out += d;
-  return out;
-}
-Rectangle2i operator-(const Rectangle2i& r, const Vector2i& d) noexcept {
-  Rectangle2i out(r);
-  out -= d;
-  return out;
-}
+Rectangle2i operator+(const Rectangle2i& r, const Vector2i& d) noexcept { return Rectangle2i(r) += d; }
+Rectangle2i operator-(const Rectangle2i& r, const Vector2i& d) noexcept { return Rectangle2i(r) -= d; }
 
 Rectangle2i unionRect(const Rectangle2i& a, const Rectangle2i& b) noexcept {
   return Rectangle2i(Point2i(std::min(a.getXMin(), b.getXMin()), std::min(a.getYMin(), b.getYMin())),
@@ -246,22 +242,11 @@ Rectangle2i Rectangle2d::asRectangle2i() const {
                      toInt32(roundMaxOutward(xMax_)), toInt32(roundMaxOutward(yMax_)));
 }
 
-bool operator==(const Rectangle2d& a, const Rectangle2d& b) noexcept {
-  return a.getXMin() == b.getXMin() && a.getYMin() == b.getYMin() && a.getXMax() == b.getXMax() &&
-         a.getYMax() == b.getYMax();
-}
+bool operator==(const Rectangle2d& a, const Rectangle2d& b) noexcept { return sameEdges(a, b); }
 bool operator!=(const Rectangle2d& a, const Rectangle2d& b) noexcept { return !(a == b); }
 
-Rectangle2d operator+(const Rectangle2d& r, const Vector2d& d) noexcept {
-  Rectangle2d out(r);
-  out += d;
-  return out;
-}
-Rectangle2d operator-(const Rectangle2d& r, const Vector2d& d) noexcept {
-  Rectangle2d out(r);
-  out -= d;
-  return out;
-}
+Rectangle2d operator+(const Rectangle2d& r, const Vector2d& d) noexcept { return Rectangle2d(r) += d; }
+Rectangle2d operator-(const Rectangle2d& r, const Vector2d& d) noexcept { return Rectangle2d(r) -= d; }
 
 Rectangle2d unionRect(const Rectangle2d& a, const Rectangle2d& b) noexcept {
   return Rectangle2d(min_point(Point2d(a.getXMin(), a.getYMin()), Point2d(b.getXMin(), b.getYMin())),
