@@ -34,23 +34,23 @@ struct VertexVector::Impl {
     f(ambientDiffuse, other.ambientDiffuse);
     f(specular, other.specular);
   }
+  // One list of the attributes serves the const and the non-const visit.
+  template <class Self, class F>
+  static void visitAttributes(Self& self, F& f) {
+    f(self.rgbaColors);
+    f(self.colorIndices);
+    f(self.textureCoords);
+    f(self.normals);
+    f(self.ambientDiffuse);
+    f(self.specular);
+  }
   template <class F>
   void forEachAttribute(F&& f) {
-    f(rgbaColors);
-    f(colorIndices);
-    f(textureCoords);
-    f(normals);
-    f(ambientDiffuse);
-    f(specular);
+    visitAttributes(*this, f);
   }
   template <class F>
   void forEachAttribute(F&& f) const {
-    f(rgbaColors);
-    f(colorIndices);
-    f(textureCoords);
-    f(normals);
-    f(ambientDiffuse);
-    f(specular);
+    visitAttributes(*this, f);
   }
 
   void dropProjection() noexcept {
