@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -31,20 +32,25 @@ struct Grid {
   std::vector<double> x, y, z;
 
   double& at(int i, int j) { return z[static_cast<std::size_t>(j) * rows + i]; }
+  double at(int i, int j) const { return z[static_cast<std::size_t>(j) * rows + i]; }
   double rowY(int i) const { return y[rows - 1 - i]; }
 };
 
+template <typename F>
+Grid gridOf(std::vector<double> x, std::vector<double> y, F f) {
+  Grid g{static_cast<int>(y.size()), static_cast<int>(x.size()), std::move(x), std::move(y), {}};
+  g.z.resize(static_cast<std::size_t>(g.rows) * g.columns);
+  for (int j = 0; j < g.columns; ++j)
+    for (int i = 0; i < g.rows; ++i) g.at(i, j) = f(g.x[j], g.rowY(i));
+  return g;
+}
+
 // Unit spacing from (x0, y0).
 Grid makeGrid(int rows, int columns, double (*f)(double x, double y), double x0 = 0, double y0 = 0) {
-  Grid g;
-  g.rows = rows;
-  g.columns = columns;
-  for (int j = 0; j < columns; ++j) g.x.push_back(x0 + j);
-  for (int k = 0; k < rows; ++k) g.y.push_back(y0 + k);
-  g.z.resize(static_cast<std::size_t>(rows) * columns);
-  for (int j = 0; j < columns; ++j)
-    for (int i = 0; i < rows; ++i) g.at(i, j) = f(g.x[j], g.rowY(i));
-  return g;
+  std::vector<double> x(columns), y(rows);
+  std::iota(x.begin(), x.end(), x0);
+  std::iota(y.begin(), y.end(), y0);
+  return gridOf(std::move(x), std::move(y), f);
 }
 
 Grid withZ(Grid g, std::vector<double> z) {
@@ -101,8 +107,6 @@ std::vector<Line> trace(const Grid& g, const std::vector<double>& levels, double
   return parse(v.data(), v.size() / 2);
 }
 
-bool samePoint(const Real_point& a, const Real_point& b) { return a.x == b.x && a.y == b.y; }
-
 // ---- Exact answers ---------------------------------------------------------------
 
 // z = |x| + |y| with 0 on the grid: interpolation is exact, so every level is
@@ -118,7 +122,8 @@ TEST(ContourEngine, PyramidGivesClosedDiamonds) {
     const Line& line = lines[k];
     EXPECT_EQ(line.level, levels[k]);
     ASSERT_GE(line.points.size(), 5u);
-    EXPECT_TRUE(samePoint(line.points.front(), line.points.back()));
+    EXPECT_EQ(line.points.front().x, line.points.back().x);
+    EXPECT_EQ(line.points.front().y, line.points.back().y);
     for (const Real_point& p : line.points) EXPECT_NEAR(std::fabs(p.x) + std::fabs(p.y), levels[k], 1e-12);
     // A diamond of radius r crosses 2 * (2 floor(r) + 1) edges in each direction,
     // plus the repeated start point.
@@ -312,7 +317,7 @@ struct RefCrossing {
   Real_point p;
 };
 
-std::vector<RefCrossing> referenceCrossings(Grid& g, double level, double zmin) {
+std::vector<RefCrossing> referenceCrossings(const Grid& g, double level, double zmin) {
   std::vector<RefCrossing> out;
   auto crosses = [&](double a, double b) {
     if (a == b) return false;
@@ -356,21 +361,17 @@ TEST(ContourEngine, RandomSmoothGridsMatchReference) {
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   for (int trial = 0; trial < 30; ++trial) {
     SCOPED_TRACE(trial);
-    Grid g;
-    g.rows = 5 + static_cast<int>(rng() % 30);
-    g.columns = 5 + static_cast<int>(rng() % 30);
+    const int rows = 5 + static_cast<int>(rng() % 30), columns = 5 + static_cast<int>(rng() % 30);
     // Irregular, increasing coordinates.
+    std::vector<double> xs, ys;
     double s = -3.0;
-    for (int j = 0; j < g.columns; ++j) g.x.push_back(s += 0.05 + unit(rng));
+    for (int j = 0; j < columns; ++j) xs.push_back(s += 0.05 + unit(rng));
     s = -2.0;
-    for (int k = 0; k < g.rows; ++k) g.y.push_back(s += 0.05 + unit(rng));
+    for (int k = 0; k < rows; ++k) ys.push_back(s += 0.05 + unit(rng));
     const double fx = 0.2 + unit(rng), fy = 0.2 + unit(rng), ph = 6 * unit(rng), w = unit(rng);
-    g.z.resize(static_cast<std::size_t>(g.rows) * g.columns);
-    for (int j = 0; j < g.columns; ++j)
-      for (int i = 0; i < g.rows; ++i) {
-        const double x = g.x[j], y = g.rowY(i);
-        g.at(i, j) = std::sin(fx * x + ph) * std::cos(fy * y) + w * std::exp(-0.1 * (x * x + y * y));
-      }
+    const Grid g = gridOf(xs, ys, [&](double x, double y) {
+      return std::sin(fx * x + ph) * std::cos(fy * y) + w * std::exp(-0.1 * (x * x + y * y));
+    });
     const auto [lo, hi] = dataRange(g);
     std::vector<double> levels;
     for (int k = 0; k < 6; ++k) levels.push_back(lo + (hi - lo) * unit(rng));
