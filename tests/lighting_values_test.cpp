@@ -94,7 +94,7 @@ TEST(Lights, LightVectors) {
     EXPECT_TRUE(nearlyEqual(set.getLightVectorAt(Point3d()), c.expected));
   }
 
-  // A point light points from the surface point to itself, unattenuated.
+  // From the lit point towards the bulb, with no attenuation.
   const PointLight bulb(d, d, Point3d(1, 2, 3));
   EXPECT_TRUE(nearlyEqual(bulb.getLightVectorAt(Point3d(4, 6, 3)), Vector3d(-0.6, -0.8, 0)));
   EXPECT_EQ(bulb.getDiffuseRadianceAt(Point3d(1e9, 0, 0)), d);
