@@ -25,15 +25,15 @@ bool same(double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)
 
 void expectFields(const DataExtents& e, double min, double maxNeg, double minPos, double max) {
   EXPECT_TRUE(e.initialized()) << e;
-  EXPECT_TRUE(same(e.getMinValue(), min)) << e;
-  EXPECT_TRUE(same(e.getMaxNegative(), maxNeg)) << e;
-  EXPECT_TRUE(same(e.getMinPositive(), minPos)) << e;
-  EXPECT_TRUE(same(e.getMaxValue(), max)) << e;
+  EXPECT_TRUE(same(e.getMinValue(), min) && same(e.getMaxNegative(), maxNeg) &&
+              same(e.getMinPositive(), minPos) && same(e.getMaxValue(), max))
+      << e;
 }
 
 TEST(DataExtents, EmptyStateUsesTheSignedQuietNaN) {
   const DataExtents e;
   EXPECT_FALSE(e.initialized());
+  EXPECT_TRUE(e.empty());
   EXPECT_EQ(e.getMinValue(), 0.0);
   EXPECT_EQ(e.getMaxValue(), 0.0);
   std::uint64_t bits = 0;
@@ -41,43 +41,32 @@ TEST(DataExtents, EmptyStateUsesTheSignedQuietNaN) {
   std::memcpy(&bits, &v, sizeof bits);
   EXPECT_EQ(bits, 0xFFF8000000000000u);
   EXPECT_TRUE(std::isnan(e.getMinPositive()));
-  EXPECT_TRUE(e.empty());
 }
 
 TEST(DataExtents, TwoBoundConstructorDerivesTrackedValues) {
-  struct Case {
-    const char* label;
-    double min, max, maxNeg, minPos;
-  };
+  // clang-format off
+  struct Case { const char* label; double min, max, maxNeg, minPos; };
   const Case cases[] = {
       {"zero point", 0, 0, kNaN, kNaN},     {"positive point", 2, 2, kNaN, 2},
       {"negative point", -2, -2, -2, kNaN}, {"from zero", 0, 5, kNaN, 5},
       {"positive range", 1, 5, kNaN, 1},    {"across zero keeps the ends", -2, 3, -2, 3},
       {"negative range", -5, -1, -1, kNaN}, {"up to zero", -5, 0, -5, kNaN},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     expectFields(DataExtents(c.min, c.max), c.min, c.maxNeg, c.minPos, c.max);
   }
-  const DataExtents zero(0, 0);
-  EXPECT_TRUE(zero.empty());
-  EXPECT_FALSE(zero.crossesZero());
-}
-
-TEST(DataExtents, TwoBoundConstructorRejectsBadBounds) {
-  EXPECT_THROW(DataExtents(kNaN, 1), InvalidDataExtentsException);
-  EXPECT_THROW(DataExtents(0, kInf), InvalidDataExtentsException);
-  EXPECT_THROW(DataExtents(-kInf, 0), InvalidDataExtentsException);
-  EXPECT_THROW(DataExtents(2, 1), InvalidDataExtentsException);
-  EXPECT_NO_THROW(DataExtents(1, 1));
+  EXPECT_TRUE(DataExtents(0, 0).empty());
+  EXPECT_FALSE(DataExtents(0, 0).crossesZero());
+  for (auto [lo, hi] : {std::pair{kNaN, 1.0}, {0.0, kInf}, {-kInf, 0.0}, {2.0, 1.0}}) {
+    EXPECT_THROW(DataExtents(lo, hi), InvalidDataExtentsException) << lo << ".." << hi;
+  }
 }
 
 TEST(DataExtents, FourValueConstructorChecksExactlyItsRules) {
-  struct Case {
-    const char* label;
-    double min, maxNeg, minPos, max;
-    bool throws;
-  };
+  // clang-format off
+  struct Case { const char* label; double min, maxNeg, minPos, max; bool throws; };
   const Case cases[] = {
       {"non-finite min", kNaN, kNaN, kNaN, 1, true},
       {"non-finite max", 0, kNaN, 1, kInf, true},
@@ -103,6 +92,7 @@ TEST(DataExtents, FourValueConstructorChecksExactlyItsRules) {
       {"across zero NaN maxNeg", -2, kNaN, 1, 2, true},
       {"across zero NaN minPos", -2, -1, kNaN, 2, true},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     if (c.throws) {
@@ -111,27 +101,6 @@ TEST(DataExtents, FourValueConstructorChecksExactlyItsRules) {
       expectFields(DataExtents(c.min, c.maxNeg, c.minPos, c.max), c.min, c.maxNeg, c.minPos, c.max);
     }
   }
-}
-
-TEST(DataExtents, SamplesTrackNearestValuesOnBothSides) {
-  DataExtents e;
-  for (double v : {5.0, -3.0, 2.0, -1.0}) e += v;
-  expectFields(e, -3, -1, 2, 5);
-
-  DataExtents inf;
-  inf += kInf;
-  inf += -kInf;
-  inf += kNaN;
-  EXPECT_FALSE(inf.initialized());
-
-  DataExtents zeroFirst;
-  zeroFirst += 0.0;
-  expectFields(zeroFirst, 0, kNaN, kNaN, 0);
-  zeroFirst += 4.0;  // first positive arrives by raising the maximum
-  zeroFirst += 3.0;
-  zeroFirst += -7.0;  // first negative arrives by lowering the minimum
-  zeroFirst += -8.0;
-  expectFields(zeroFirst, -8, -7, 3, 4);
 }
 
 // The obvious definition: every finite sample, minimum, maximum, largest below
@@ -151,25 +120,15 @@ DataExtents referenceOf(const std::vector<double>& v) {
   return DataExtents(lo, lo < 0 ? neg : kNaN, hi > 0 ? pos : kNaN, hi);
 }
 
+// Short runs with NaN, infinities and zeros; often all on one side of zero.
 std::vector<double> randomSamples(std::mt19937_64& rng) {
   std::uniform_int_distribution<int> len(0, 12), kind(0, 9);
   std::uniform_real_distribution<double> val(-100, 100);
   const double bias = std::uniform_int_distribution<int>(0, 2)(rng) == 0 ? 0 : (rng() % 2 ? 150 : -150);
   std::vector<double> v(len(rng));
   for (double& x : v) {
-    switch (kind(rng)) {
-      case 0:
-        x = kNaN;
-        break;
-      case 1:
-        x = (rng() % 2) ? kInf : -kInf;
-        break;
-      case 2:
-        x = 0.0;
-        break;
-      default:
-        x = val(rng) + bias;
-    }
+    const int k = kind(rng);
+    x = k == 0 ? kNaN : k == 1 ? ((rng() % 2) ? kInf : -kInf) : k == 2 ? 0.0 : val(rng) + bias;
   }
   return v;
 }
@@ -194,10 +153,8 @@ TEST(DataExtents, SamplesAndMergesMatchTheDefinitionOnRandomData) {
 
 TEST(DataExtents, MergeKeepsThisSideOnTiesAndSkipsUninitialized) {
   DataExtents a(-0.0, 0.0);  // a zero range stored as -0 .. 0
-  const DataExtents b(0.0, 0.0);
-  a += b;
+  a += DataExtents(0.0, 0.0);
   EXPECT_TRUE(std::signbit(a.getMinValue()));
-
   DataExtents c(1, 2);
   c += DataExtents();
   expectFields(c, 1, kNaN, 1, 2);
@@ -207,11 +164,8 @@ TEST(DataExtents, MergeKeepsThisSideOnTiesAndSkipsUninitialized) {
 }
 
 TEST(DataExtents, QueriesFollowTheStoredBounds) {
-  struct Case {
-    const char* label;
-    DataExtents e;
-    bool neg, pos, nonPos, nonNeg, crosses;
-  };
+  // clang-format off
+  struct Case { const char* label; DataExtents e; bool neg, pos, nonPos, nonNeg, crosses; };
   const Case cases[] = {
       {"positive", DataExtents(1, 2), false, true, false, true, false},
       {"from zero", DataExtents(0, 2), false, true, true, true, true},
@@ -220,6 +174,7 @@ TEST(DataExtents, QueriesFollowTheStoredBounds) {
       {"zero", DataExtents(0, 0), false, false, true, true, false},
       {"across", DataExtents(-1, 1), true, true, true, true, true},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     EXPECT_EQ(c.e.containsNegatives(), c.neg);
@@ -231,11 +186,8 @@ TEST(DataExtents, QueriesFollowTheStoredBounds) {
 }
 
 TEST(DataExtents, NearlyEqualComparesOnlyTheSidesReached) {
-  struct Case {
-    const char* label;
-    DataExtents a, b;
-    bool equal;
-  };
+  // clang-format off
+  struct Case { const char* label; DataExtents a, b; bool equal; };
   const Case cases[] = {
       {"both empty", DataExtents(), DataExtents(), true},
       {"one empty", DataExtents(), DataExtents(0, 0), false},
@@ -244,9 +196,9 @@ TEST(DataExtents, NearlyEqualComparesOnlyTheSidesReached) {
       {"sign sides differ", DataExtents(0, 2), DataExtents(-1e-9, 2), false},
       {"min positive differs", DataExtents(-1, -0.5, 0.5, 2), DataExtents(-1, -0.5, 0.7, 2), false},
       {"max negative differs", DataExtents(-1, -0.5, 0.5, 2), DataExtents(-1, -0.6, 0.5, 2), false},
-      {"absent against known min positive", DataExtents(0, kNaN, kNaN, 2), DataExtents(0, kNaN, 1e-300, 2),
-       false},
+      {"absent against known min positive", DataExtents(0, kNaN, kNaN, 2), DataExtents(0, kNaN, 1e-300, 2), false},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     EXPECT_EQ(nearlyEqual(c.a, c.b), c.equal);
@@ -260,14 +212,10 @@ TEST(DataExtents, BundlesMergeAxisByAxis) {
   EXPECT_EQ(xyz.getXDataExtents(), DataExtents(-1, -1, 1, 1));
   EXPECT_EQ(xyz.getYDataExtents(), DataExtents(2, 3));
   EXPECT_EQ(xyz.getZDataExtents(), DataExtents(-1, -1));
-
   ColorAlphaDataExtents ca;
   ca += ColorAlphaDataExtents(DataExtents(0, 1), DataExtents(0.5, 0.5));
   EXPECT_EQ(ca.getColorDataExtents(), DataExtents(0, 1));
   EXPECT_EQ(ca.getAlphaDataExtents(), DataExtents(0.5, 0.5));
-  std::ostringstream os;
-  os << ca;
-  EXPECT_NE(os.str().find("alpha"), std::string::npos);
 }
 
 }  // namespace

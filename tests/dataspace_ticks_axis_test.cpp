@@ -24,15 +24,17 @@ bool isPowerOfTen(double v) {
   return m == std::stod("1e" + std::to_string(std::lround(std::log10(m))));
 }
 
+FakeAxisState& setX(FakeAxes& axes, AxisScale scale, double lo, double hi) {
+  FakeAxisState& x = axes.axis[kXAxis];
+  x.scale = scale;
+  x.render[0] = lo;
+  x.render[1] = hi;
+  return x;
+}
+
 TEST(LogTicks, DecadeLimits) {
-  struct Case {
-    const char* label;
-    double lower, upper;
-    int maxTicks;
-    LimitType type;
-    int n;
-    double outLower, outUpper;
-  };
+  // clang-format off
+  struct Case { const char* label; double lower, upper; int maxTicks; LimitType type; int n; double outLo, outHi; };
   const Case cases[] = {
       {"decades", 1, 1000, 11, kLimitValues, 4, 1, 1000},
       {"widened to decades", 0.5, 100, 11, kLimitValues, 4, 0.1, 100},
@@ -43,12 +45,13 @@ TEST(LogTicks, DecadeLimits) {
       {"overflowing values clamp", 1e300, 1.7e308, 11, kLimitValues, 10, 1e300, DBL_MAX},
       {"underflowing values clamp", 5e-324, 1e-300, 30, kLimitValues, 25, DBL_EPSILON * DBL_MIN, 1e-300},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     double lo = c.lower, hi = c.upper;
     EXPECT_EQ(calculateLogTicks(&lo, &hi, c.maxTicks, c.type), c.n);
-    EXPECT_DOUBLE_EQ(lo, c.outLower);
-    EXPECT_DOUBLE_EQ(hi, c.outUpper);
+    EXPECT_DOUBLE_EQ(lo, c.outLo);
+    EXPECT_DOUBLE_EQ(hi, c.outHi);
   }
   double lo = 0, hi = 10;
   EXPECT_EQ(calculateLogTicks(&lo, &hi, 11, kLimitValues), 0);
@@ -57,8 +60,7 @@ TEST(LogTicks, DecadeLimits) {
 
 TEST(NicefyLimits, LinearAndManualAxes) {
   FakeAxes axes;
-  axes.axis[kXAxis].render[0] = -0.37;
-  axes.axis[kXAxis].render[1] = 12.9;
+  setX(axes, kLinearScale, -0.37, 12.9);
   axes.axis[kYAxis].autoLimits = false;
   axes.axis[kYAxis].render[1] = 0.77;
   axes.axis[kZAxis].aspectFixed = true;
@@ -76,12 +78,8 @@ TEST(NicefyLimits, LinearAndManualAxes) {
 }
 
 TEST(NicefyLimits, LogAxesKeepOneSignSide) {
-  struct Case {
-    const char* label;
-    bool autoLimits;
-    double lo, hi, maxNeg, minPos;
-    double outLo, outHi;
-  };
+  // clang-format off
+  struct Case { const char* label; bool autoLimits; double lo, hi, maxNeg, minPos; double outLo, outHi; };
   const Case cases[] = {
       {"from zero, no positive data", false, 0, 100, -DBL_MAX, DBL_MAX, 1, 100},
       {"from zero, small range", false, 0, 0.5, -DBL_MAX, DBL_MAX, 0.05, 0.5},
@@ -95,15 +93,13 @@ TEST(NicefyLimits, LogAxesKeepOneSignSide) {
       {"all positive", true, 3, 700, -DBL_MAX, DBL_MAX, 1, 1000},
       {"zero range", true, 0, 0, -DBL_MAX, DBL_MAX, 0, 0},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeAxes axes;
-    FakeAxisState& x = axes.axis[kXAxis];
-    x.scale = kLogScale;
+    FakeAxisState& x = setX(axes, kLogScale, c.lo, c.hi);
     x.autoLimits = c.autoLimits;
     x.aspectFixed = true;  // does not stop a logarithmic axis
-    x.render[0] = c.lo;
-    x.render[1] = c.hi;
     x.inner[0] = c.maxNeg;
     x.inner[1] = c.minPos;
     nicefyLimits(axes, kXAxis);
@@ -115,10 +111,8 @@ TEST(NicefyLimits, LogAxesKeepOneSignSide) {
 
 TEST(ComputeAxisTicks, ManualTicksCountOnlyThoseInside) {
   FakeAxes axes;
-  FakeAxisState& x = axes.axis[kXAxis];
+  FakeAxisState& x = setX(axes, kLinearScale, 0, 10);
   x.autoTicks = false;
-  x.render[0] = 0;
-  x.render[1] = 10;
   x.numTicksInRange = 99;
   x.userTicks = {-5, 0.5, 1, 10, 12};
   computeAxisTicks(axes, kXAxis, 3, 8);
@@ -128,12 +122,8 @@ TEST(ComputeAxisTicks, ManualTicksCountOnlyThoseInside) {
 }
 
 TEST(ComputeAxisTicks, AutomaticTicksByScale) {
-  struct Case {
-    const char* label;
-    AxisScale scale;
-    double lo, hi, minPos;
-    std::vector<double> ticks;
-  };
+  // clang-format off
+  struct Case { const char* label; AxisScale scale; double lo, hi, minPos; std::vector<double> ticks; };
   const Case cases[] = {
       {"linear", kLinearScale, -0.37, 12.9, DBL_MAX, {0, 2, 4, 6, 8, 10, 12}},
       {"log decades", kLogScale, 1, 1e5, DBL_MAX, {1, 10, 100, 1e3, 1e4, 1e5}},
@@ -145,13 +135,11 @@ TEST(ComputeAxisTicks, AutomaticTicksByScale) {
       {"log short, 1..9", kLogScale, 2.5, 4.5, DBL_MAX, {3, 4}},
       {"other scale", static_cast<AxisScale>(7), 0, 1, DBL_MAX, {0, 1}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeAxes axes;
-    FakeAxisState& x = axes.axis[kXAxis];
-    x.scale = c.scale;
-    x.render[0] = c.lo;
-    x.render[1] = c.hi;
+    FakeAxisState& x = setX(axes, c.scale, c.lo, c.hi);
     x.inner[1] = c.minPos;
     x.maxTicks = 7;
     computeAxisTicks(axes, kXAxis, 3, 8);
@@ -203,15 +191,13 @@ TEST(ComputeAxisTicks, LogTicksArePowersOfTenOnRandomRanges) {
     const double b = std::min(a + span(rng), 300.0);
     const bool negative = i % 3 == 0;
     FakeAxes axes;
-    FakeAxisState& x = axes.axis[kYAxis];
-    x.scale = kLogScale;
+    FakeAxisState& x = setX(axes, kLogScale, negative ? -std::pow(10.0, b) : std::pow(10.0, a),
+                            negative ? -std::pow(10.0, a) : std::pow(10.0, b));
     x.maxTicks = counts(rng);
-    x.render[0] = negative ? -std::pow(10.0, b) : std::pow(10.0, a);
-    x.render[1] = negative ? -std::pow(10.0, a) : std::pow(10.0, b);
     SCOPED_TRACE(Message() << "range " << i << " [" << x.render[0] << ", " << x.render[1] << "] max "
                            << x.maxTicks);
-    nicefyLimits(axes, kYAxis);
-    computeAxisTicks(axes, kYAxis, 3, 8);
+    nicefyLimits(axes, kXAxis);
+    computeAxisTicks(axes, kXAxis, 3, 8);
     ASSERT_NE(x.ticks, nullptr);
     const std::vector<double> t = valuesOf(x.ticks.get());
     ASSERT_GE(t.size(), 2u) << *x.ticks;
@@ -244,36 +230,24 @@ std::vector<double> minors(const std::vector<double>& majors, const TickGeometry
 }
 
 TEST(MinorTicks, LinearAndLogarithmicRules) {
-  struct Case {
-    const char* label;
-    std::vector<double> majors;
-    TickGeometryDescriptor geometry;
-    int capacity;
-    std::vector<double> want;
-  };
+  // clang-format off
+  struct Case { const char* label; std::vector<double> majors; TickGeometryDescriptor g; int capacity; std::vector<double> want; };
   const Case cases[] = {
       {"step 1 in fifths", {0, 1, 2}, {kLinearScale, 0, 2, 0}, 50, {0.2, 0.4, 0.6, 0.8, 1.2, 1.4, 1.6, 1.8}},
       {"step 2 in quarters", {0, 2}, {kLinearScale, -1, 2, 0}, 50, {-1, -0.5, 0.5, 1, 1.5}},
       {"explicit halves", {0, 10, 20}, {kLinearScale, 0, 20, 2}, 50, {5, 15}},
       {"capacity bounds the output", {0, 1, 2}, {kLinearScale, 0, 2, 0}, 3, {0.2, 0.4, 0.6}},
-      {"extra render tick does not set the step",
-       {-0.3, 0, 1},
-       {kLinearScale, -0.3, 1, 0},
-       50,
-       {-0.2, 0.2, 0.4, 0.6, 0.8}},
-      {"log decades",
-       {1, 10, 100},
-       {kLogScale, 1, 100, 0},
-       50,
-       {2, 3, 4, 5, 6, 7, 8, 9, 20, 30, 40, 50, 60, 70, 80, 90}},
+      {"extra render tick does not set the step", {-0.3, 0, 1}, {kLinearScale, -0.3, 1, 0}, 50, {-0.2, 0.2, 0.4, 0.6, 0.8}},
+      {"log decades", {1, 10, 100}, {kLogScale, 1, 100, 0}, 50, {2, 3, 4, 5, 6, 7, 8, 9, 20, 30, 40, 50, 60, 70, 80, 90}},
       {"log beyond the majors", {10}, {kLogScale, 5, 30, 0}, 50, {5, 6, 7, 8, 9, 20, 30}},
       {"log skipped decades", {1, 100, 1e4}, {kLogScale, 1, 1e4, 0}, 50, {10, 1000}},
       {"log negative", {-100, -10}, {kLogScale, -100, -10, 0}, 50, {-90, -80, -70, -60, -50, -40, -30, -20}},
       {"log non-decade majors", {2, 5}, {kLogScale, 2, 8, 0}, 50, {3, 4, 6, 7, 8}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
-    const std::vector<double> got = minors(c.majors, c.geometry, c.capacity);
+    const std::vector<double> got = minors(c.majors, c.g, c.capacity);
     ASSERT_EQ(got.size(), c.want.size());
     for (std::size_t i = 0; i < got.size(); ++i)
       EXPECT_NEAR(got[i], c.want[i], 1e-12 * std::fabs(c.want[i]) + 1e-15);

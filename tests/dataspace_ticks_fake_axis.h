@@ -13,21 +13,12 @@ namespace tickpicker_testing {
 using namespace gui_objects::tickpicker;
 
 struct FakeAxisState {
-  bool autoLimits = true;
   AxisScale scale = kLinearScale;
-  bool aspectFixed = false;
-  double render[2] = {0, 1};
-  int minTicks = 2;
-  int maxTicks = 11;
-  double inner[2] = {-DBL_MAX, DBL_MAX};
-  double limitsData[2] = {0, 0};
-  bool limitsPublished = false;
-  int numTicksInRange = 0;
-  int offset = 0;
-  bool autoTicks = true;
+  bool autoLimits = true, aspectFixed = false, limitsPublished = false, autoTicks = true;
+  double render[2] = {0, 1}, inner[2] = {-DBL_MAX, DBL_MAX}, limitsData[2] = {0, 0};
+  int minTicks = 2, maxTicks = 11, numTicksInRange = 0, offset = 0, minorSpacingCalls = 0;
   std::vector<double> userTicks;
   std::unique_ptr<NReals> ticks;
-  int minorSpacingCalls = 0;
 };
 
 class FakeAxes : public AxisDescriptor {

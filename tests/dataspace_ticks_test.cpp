@@ -63,23 +63,18 @@ TEST(LinearTicks, FixedCases) {
   }
 }
 
-TEST(LinearTicks, EqualLimitsAreSearchedAsAWidenedRange) {
-  double lo = 3, hi = 3;
+TEST(LinearTicks, DegenerateLimits) {
+  double lo = 3, hi = 3;  // searched as a widened range
   const int n = calculateLinearTicks(&lo, &hi, 2, 11, kEnclosing);
   EXPECT_LE(lo, 2.95);
   EXPECT_GE(hi, 3.05);
   EXPECT_TRUE(isNiceStep((hi - lo) / (n - 1))) << lo << " " << hi << " " << n;
+  double nan = std::nan(""), one = 1;
+  EXPECT_EQ(calculateLinearTicks(&nan, &one, 2, 11, kEnclosing), 0);
 }
 
-TEST(LinearTicks, NaNLimitsQualifyForNothing) {
-  double lo = std::nan(""), hi = 1;
-  EXPECT_EQ(calculateLinearTicks(&lo, &hi, 2, 11, kEnclosing), 0);
-}
-
-// Random ranges of every scale: enclosing limits contain the data (the first
-// window may start up to half a percent of a step late, as the search allows),
-// every step is nice and the count lies in the allowed range; inside limits lie
-// within the data.
+// Enclosing limits contain the data (the first window may start up to half a
+// percent of a step late), inside limits lie within it; steps are nice.
 TEST(LinearTicks, PropertiesOnRandomRanges) {
   std::mt19937_64 rng(424242);
   std::uniform_real_distribution<double> unit(0, 1), exponent(-12, 12);
