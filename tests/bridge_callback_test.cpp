@@ -157,13 +157,9 @@ TEST_F(BridgeCallback, ValuesThatAreNotCallbacks) {
   for (const ZrArrayPtr& value : bad) {
     SCOPED_TRACE(zrGetClassName(value.get()));
     EXPECT_THROW((void)new MCallback(value.get()), MCallbackValueException);
-    try {
-      (void)MatrixToMCallback(value.get());
-      ADD_FAILURE() << "no error";
-    } catch (const HostError& e) {
-      EXPECT_EQ(e.identifier(), "Tavrix:GUI:CreateCallback");
-      EXPECT_EQ(e.message(), kMessage);
-    }
+    const HostError e = raised([&] { (void)MatrixToMCallback(value.get()); });
+    EXPECT_EQ(e.identifier(), "Tavrix:GUI:CreateCallback");
+    EXPECT_EQ(e.message(), kMessage);
   }
 }
 

@@ -6,11 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "host_test_support.h"
 #include "qvgui/bridge.h"
 
 namespace bridge_test {
 
 using gui_objects::ZrArrayPtr;
+using host_test::errorId;
+using host_test::raised;
 
 // An m-by-n array of class cls holding values (column-major) cast to T.
 template <class T>

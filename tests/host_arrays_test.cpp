@@ -87,25 +87,6 @@ TEST_F(HostArrays, ShapesAreCanonicalAndGetNFoldsTrailingDimensions) {
   }
 }
 
-TEST_F(HostArrays, ElementsAreColumnMajor) {
-  const zrSize dims[3] = {2, 3, 4};
-  Array a(zrCreateNumericArray(3, dims, zrDOUBLE_CLASS));
-  double* p = zrGetPr(a.get());
-  for (zrSize k = 0; k < 4; ++k)
-    for (zrSize j = 0; j < 3; ++j)
-      for (zrSize i = 0; i < 2; ++i) p[i + 2 * (j + 3 * k)] = 100.0 * i + 10.0 * j + k;
-  // Element (1, 2, 3) is the last; element (1, 0, 0) the second.
-  EXPECT_EQ(p[23], 123.0);
-  EXPECT_EQ(p[1], 100.0);
-  EXPECT_EQ(p[2], 10.0);
-  EXPECT_EQ(p[6], 1.0);
-  // Reshaping keeps the linear order.
-  const zrSize flat[2] = {6, 4};
-  ASSERT_TRUE(zrSetDimensions(a.get(), flat, 2));
-  EXPECT_EQ(zrGetN(a.get()), 4u);
-  EXPECT_EQ(zrGetPr(a.get())[23], 123.0);
-}
-
 TEST_F(HostArrays, ShapePredicates) {
   struct Row {
     const char* label;
@@ -137,8 +118,10 @@ TEST_F(HostArrays, SetDimensionsRejectsBadInputAndLeavesShape) {
   EXPECT_FALSE(zrSetDimensions(a.get(), good, 0));
   EXPECT_EQ(errorId([&] { zrSetDimensions(a.get(), overflow, 3); }), kHostOutOfMemoryId);
   EXPECT_EQ(dimsOf(a.get()), (std::vector<zrSize>{2, 6}));
+  zrGetPr(a.get())[11] = 7;
   EXPECT_TRUE(zrSetDimensions(a.get(), good, 3));
   EXPECT_EQ(dimsOf(a.get()), (std::vector<zrSize>{3, 2, 2}));
+  EXPECT_EQ(zrGetPr(a.get())[11], 7.0) << "reshaping keeps the elements in order";
   zrSetN(a.get(), 4);  // makes it 2-D
   EXPECT_EQ(dimsOf(a.get()), (std::vector<zrSize>{3, 4}));
   zrSetM(a.get(), 1);
@@ -355,9 +338,7 @@ TEST_F(HostArrays, SetDataHandsOverStorage) {
   zrSetPr(a.get(), data);  // the old storage is freed (ASan would see a leak)
   zrSetM(a.get(), 1);
   zrSetN(a.get(), 3);
-  EXPECT_EQ(zrGetPr(a.get()), data);
-  Array copy(zrDuplicateArray(a.get()));
-  EXPECT_EQ(zrGetPr(copy.get())[2], 3.0);
+  EXPECT_EQ(zrGetPr(Array(zrDuplicateArray(a.get())).get())[2], 3.0);
   Array cell(zrCreateCellMatrix(1, 1));
   EXPECT_EQ(errorId([&] { zrSetData(cell.get(), nullptr); }), "Tavrix::host::InvalidClass");
 }

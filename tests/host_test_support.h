@@ -1,5 +1,5 @@
-// Small helpers the host tests share: an owning array pointer and the
-// identifier of the host error an action raises.
+// Small helpers the host tests share: an owning array pointer and the host
+// error an action raises.
 #pragma once
 
 #include <memory>
@@ -14,14 +14,20 @@ struct Destroy {
 };
 using Array = std::unique_ptr<zrArray_tag, Destroy>;
 
+// The host error f raises, or one with identifier "(no error)".
 template <typename F>
-std::string errorId(F&& f) {
+HostError raised(F&& f) {
   try {
     f();
   } catch (const HostError& e) {
-    return e.identifier();
+    return e;
   }
-  return "(no error)";
+  return HostError("(no error)", "");
+}
+
+template <typename F>
+std::string errorId(F&& f) {
+  return raised(f).identifier();
 }
 
 }  // namespace host_test

@@ -217,21 +217,11 @@ TEST(HostUtil, UTFRoundTripsOnRandomText) {
       char32_t cp = rng() % 0x110000;
       if (cp >= 0xD800 && cp <= 0xDFFF) cp = 0x41;
       units += cp >= 0x10000 ? 2 : 1;
-      if (cp < 0x80) {
-        utf8 += static_cast<char>(cp);
-      } else if (cp < 0x800) {
-        utf8 += static_cast<char>(0xC0 | (cp >> 6));
-        utf8 += static_cast<char>(0x80 | (cp & 0x3F));
-      } else if (cp < 0x10000) {
-        utf8 += static_cast<char>(0xE0 | (cp >> 12));
-        utf8 += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        utf8 += static_cast<char>(0x80 | (cp & 0x3F));
-      } else {
-        utf8 += static_cast<char>(0xF0 | (cp >> 18));
-        utf8 += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-        utf8 += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        utf8 += static_cast<char>(0x80 | (cp & 0x3F));
-      }
+      // A lead byte carrying the high bits, then six bits per continuation byte.
+      const int tail = cp < 0x80 ? 0 : cp < 0x800 ? 1 : cp < 0x10000 ? 2 : 3;
+      const unsigned lead[] = {0x00, 0xC0, 0xE0, 0xF0};
+      utf8 += static_cast<char>(lead[tail] | (cp >> (6 * tail)));
+      for (int k = tail - 1; k >= 0; --k) utf8 += static_cast<char>(0x80 | ((cp >> (6 * k)) & 0x3F));
     }
     const std::u16string utf16 = utUTF8ToUTF16(utf8);
     ASSERT_EQ(utf16.size(), units);
