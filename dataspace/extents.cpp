@@ -11,6 +11,16 @@ namespace {
 // The single place where inconsistent extents are rejected.
 [[noreturn]] void throwInvalidDataExtents() { throw InvalidDataExtentsException(); }
 
+// Extents wholly on one side of zero, written for the positive side (the
+// negative side passes its values negated): the other side's value is absent,
+// and the nearest value to zero is the bound nearest zero, except that a range
+// from zero may leave it unknown (never zero).
+void checkOneSided(double otherSide, double nearBound, double nearest, double farBound) {
+  if (!std::isnan(otherSide)) throwInvalidDataExtents();
+  if (nearBound == 0 ? nearest == 0 : !(nearest == nearBound)) throwInvalidDataExtents();
+  if (nearest > farBound) throwInvalidDataExtents();
+}
+
 // Exact equality where an absent value matches only an absent value.
 bool sameValue(double a, double b) noexcept { return a == b || (std::isnan(a) && std::isnan(b)); }
 
@@ -47,21 +57,9 @@ DataExtents::DataExtents(double min, double maxNegative, double minPositive, dou
     : initialized_(true) {
   if (!std::isfinite(min) || !std::isfinite(max)) throwInvalidDataExtents();
   if (min >= 0) {
-    if (!std::isnan(maxNegative)) throwInvalidDataExtents();
-    if (min == 0) {
-      if (minPositive == 0) throwInvalidDataExtents();
-    } else if (!(minPositive == min)) {
-      throwInvalidDataExtents();
-    }
-    if (minPositive > max) throwInvalidDataExtents();
+    checkOneSided(maxNegative, min, minPositive, max);
   } else if (max <= 0) {
-    if (!std::isnan(minPositive)) throwInvalidDataExtents();
-    if (max == 0) {
-      if (maxNegative == 0) throwInvalidDataExtents();
-    } else if (!(maxNegative == max)) {
-      throwInvalidDataExtents();
-    }
-    if (min > maxNegative) throwInvalidDataExtents();
+    checkOneSided(minPositive, -max, -maxNegative, -min);
   } else {
     if (min > maxNegative || maxNegative > minPositive || minPositive > max || std::isnan(maxNegative) ||
         std::isnan(minPositive)) {
