@@ -105,6 +105,25 @@ Candidate searchWindow(double L, double H, StepChoice s, double k, InOut mode) n
   return {-kInf, kInf};
 }
 
+// A logarithmic axis over [lo <= 0, hi > 0] keeps the positive side: from the
+// smallest positive datum p (DBL_MAX when there is none) or a decade below hi.
+// Manual limits at or below p settle on the decade below hi. Returns whether
+// the limits are settled. The negative side runs through here negated.
+bool keepPositiveSide(double* lo, double* hi, double p, bool autoLimits) {
+  if (p == DBL_MAX) {
+    *lo = *hi <= 1 ? *hi / 10 : 1;
+    return false;
+  }
+  *lo = p;
+  if (*hi > p) return false;
+  if (autoLimits) {
+    *hi = 10 * p;
+    return false;
+  }
+  *lo = *hi / 10;
+  return true;
+}
+
 }  // namespace
 
 // ---- Linear search -----------------------------------------------------------------------------
@@ -256,35 +275,13 @@ void nicefyLimits(AxisDescriptor& desc, AxisType axis) {
       // Only one sign side can be shown; without data on it, fall back to a
       // decade next to the other limit.
       if (hi > 0) {
-        const double p = desc.getInnerLimit(axis, kMinPositiveData);
-        if (p == DBL_MAX) {
-          lo = hi <= 1 ? hi / 10 : 1;
-        } else {
-          lo = p;
-          if (hi <= p) {
-            if (autoLimits) {
-              hi = 10 * p;
-            } else {
-              lo = hi / 10;
-              settled = true;
-            }
-          }
-        }
+        settled = keepPositiveSide(&lo, &hi, desc.getInnerLimit(axis, kMinPositiveData), autoLimits);
       } else if (lo < 0) {
-        const double q = desc.getInnerLimit(axis, kMaxNegativeData);
-        if (q == -DBL_MAX) {
-          hi = lo >= -1 ? lo / 10 : -1;
-        } else {
-          hi = q;
-          if (q <= lo) {
-            if (autoLimits) {
-              lo = 10 * q;
-            } else {
-              hi = lo / 10;
-              settled = true;
-            }
-          }
-        }
+        double a = -hi;
+        double b = -lo;
+        settled = keepPositiveSide(&a, &b, -desc.getInnerLimit(axis, kMaxNegativeData), autoLimits);
+        lo = -b;
+        hi = -a;
       }
     }
     if (!settled && autoLimits) {
