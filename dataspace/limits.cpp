@@ -67,7 +67,7 @@ using detail::ExtentsScan;
 using gui_objects::DataExtents;
 
 template <typename T>
-ExtentsScan scan(const T* p, std::size_t n) noexcept {
+ExtentsScan scanPortable(const T* p, std::size_t n) noexcept {
   if constexpr (std::is_floating_point_v<T>) {
     return detail::scanFloatingScalar(p, n);
   } else {
@@ -75,41 +75,39 @@ ExtentsScan scan(const T* p, std::size_t n) noexcept {
   }
 }
 
+template <typename T>
+ExtentsScan scan(const T* p, std::size_t n) noexcept {
+  return scanPortable(p, n);
+}
+
 #if defined(QVGUI_EXTENTS_X86)
-template <>
-ExtentsScan scan<double>(const double* p, std::size_t n) noexcept {
+// The element types with vector scans: the selected kernel's, else the portable one.
+template <typename T>
+ExtentsScan dispatch(const T* p, std::size_t n, ExtentsScan (*avx2)(const T*, std::size_t) noexcept,
+                     ExtentsScan (*sse2)(const T*, std::size_t) noexcept) noexcept {
   switch (detail::currentKernel()) {
     case ExtentsKernel::kAvx2:
-      return detail::scanDoubleAvx2(p, n);
+      return avx2(p, n);
     case ExtentsKernel::kSse2:
-      return detail::scanDoubleSse2(p, n);
+      return sse2(p, n);
     default:
-      return detail::scanFloatingScalar(p, n);
+      return scanPortable(p, n);
   }
+}
+
+template <>
+ExtentsScan scan<double>(const double* p, std::size_t n) noexcept {
+  return dispatch(p, n, detail::scanDoubleAvx2, detail::scanDoubleSse2);
 }
 
 template <>
 ExtentsScan scan<float>(const float* p, std::size_t n) noexcept {
-  switch (detail::currentKernel()) {
-    case ExtentsKernel::kAvx2:
-      return detail::scanFloatAvx2(p, n);
-    case ExtentsKernel::kSse2:
-      return detail::scanFloatSse2(p, n);
-    default:
-      return detail::scanFloatingScalar(p, n);
-  }
+  return dispatch(p, n, detail::scanFloatAvx2, detail::scanFloatSse2);
 }
 
 template <>
 ExtentsScan scan<std::int16_t>(const std::int16_t* p, std::size_t n) noexcept {
-  switch (detail::currentKernel()) {
-    case ExtentsKernel::kAvx2:
-      return detail::scanInt16Avx2(p, n);
-    case ExtentsKernel::kSse2:
-      return detail::scanInt16Sse2(p, n);
-    default:
-      return detail::scanIntegerScalar(p, n);
-  }
+  return dispatch(p, n, detail::scanInt16Avx2, detail::scanInt16Sse2);
 }
 #endif
 
