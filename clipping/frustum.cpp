@@ -51,6 +51,22 @@ void checkDepth(double nearDistance, double farDistance) {
 
 }  // namespace
 
+ViewFrustum ViewFrustum::framed(Kind kind, Point3d const& eye, Point3d const& target, Vector3d const& up,
+                                double nearDistance, double farDistance, double halfHeight, double aspect) {
+  CameraAxes const axes = cameraAxes(eye, target, up);
+  ViewFrustum f;
+  f.kind_ = kind;
+  f.eye_ = eye;
+  f.forward_ = axes.forward;
+  f.right_ = axes.right;
+  f.up_ = axes.up;
+  f.near_ = nearDistance;
+  f.far_ = farDistance;
+  f.halfHeight_ = halfHeight;
+  f.halfWidth_ = halfHeight * aspect;
+  return f;
+}
+
 ViewFrustum ViewFrustum::perspective(Point3d const& eye, Point3d const& target, Vector3d const& up,
                                      double viewAngleDegrees, double aspect, double nearDistance,
                                      double farDistance) {
@@ -58,18 +74,9 @@ ViewFrustum ViewFrustum::perspective(Point3d const& eye, Point3d const& target, 
   if (!(aspect > 0.0) || !std::isfinite(aspect)) raiseInvalidFrustum();
   checkDepth(nearDistance, farDistance);
   if (!(nearDistance > 0.0)) raiseInvalidFrustum();
-  CameraAxes const axes = cameraAxes(eye, target, up);
-
-  ViewFrustum f;
-  f.kind_ = Kind::Perspective;
-  f.eye_ = eye;
-  f.forward_ = axes.forward;
-  f.right_ = axes.right;
-  f.up_ = axes.up;
-  f.near_ = nearDistance;
-  f.far_ = farDistance;
-  f.halfHeight_ = std::tan(viewAngleDegrees * kPi / 360.0);
-  f.halfWidth_ = f.halfHeight_ * aspect;
+  ViewFrustum f = framed(Kind::Perspective, eye, target, up, nearDistance, farDistance,
+                         std::tan(viewAngleDegrees * kPi / 360.0), aspect);
+  CameraAxes const axes{f.forward_, f.right_, f.up_};
   // A direction forward + a right + b up is inside the left plane when
   // a >= -halfWidth, i.e. (right + halfWidth forward) . dir >= 0.
   f.planes_[Left] = Plane3d(eye, axes.right + axes.forward * f.halfWidth_);
@@ -86,18 +93,9 @@ ViewFrustum ViewFrustum::orthographic(Point3d const& eye, Point3d const& target,
   if (!(extent > 0.0) || !std::isfinite(extent)) raiseInvalidFrustum();
   if (!(aspect > 0.0) || !std::isfinite(aspect)) raiseInvalidFrustum();
   checkDepth(nearDistance, farDistance);
-  CameraAxes const axes = cameraAxes(eye, target, up);
-
-  ViewFrustum f;
-  f.kind_ = Kind::Orthographic;
-  f.eye_ = eye;
-  f.forward_ = axes.forward;
-  f.right_ = axes.right;
-  f.up_ = axes.up;
-  f.near_ = nearDistance;
-  f.far_ = farDistance;
-  f.halfHeight_ = extent / 2.0;
-  f.halfWidth_ = f.halfHeight_ * aspect;
+  ViewFrustum f =
+      framed(Kind::Orthographic, eye, target, up, nearDistance, farDistance, extent / 2.0, aspect);
+  CameraAxes const axes{f.forward_, f.right_, f.up_};
   f.planes_[Left] = Plane3d(eye - axes.right * f.halfWidth_, axes.right);
   f.planes_[Right] = Plane3d(eye + axes.right * f.halfWidth_, -axes.right);
   f.planes_[Bottom] = Plane3d(eye - axes.up * f.halfHeight_, axes.up);

@@ -285,6 +285,9 @@ class QVGUI_API ViewFrustum {
 
  private:
   ViewFrustum() = default;
+  // Camera axes, depth range and half extents: all but the planes.
+  static ViewFrustum framed(Kind kind, Point3d const& eye, Point3d const& target, Vector3d const& up,
+                            double nearDistance, double farDistance, double halfHeight, double aspect);
 
   Kind kind_ = Kind::Perspective;
   Point3d eye_;
