@@ -20,6 +20,21 @@ void makeUnitTangent(const P& point, V& tangent, P& end) {
   tangent = t;
   end = point + tangent;
 }
+
+template <class P, class V>
+P nearestOnLine(const P& point, const V& tangent, const P& p) noexcept {
+  double const s = (p - point).dot(tangent) / tangent.dot(tangent);
+  return point + s * tangent;
+}
+
+// On the line the radicand can round below zero; that distance is 0, not NaN.
+template <class P, class V>
+double distanceToLine(const P& point, const V& tangent, const P& p) noexcept {
+  V const d = p - point;
+  double const along = d.dot(tangent);
+  double const radicand = d.lengthSquared() - along * along / tangent.lengthSquared();
+  return radicand > 0.0 ? std::sqrt(radicand) : 0.0;
+}
 }  // namespace
 
 // ---- Line2d -------------------------------------------------------------------------
@@ -43,16 +58,10 @@ Point2d Line2d::evaluate(double t) const noexcept {
 }
 
 Point2d Line2d::nearestPointOnLine(const Point2d& p) const noexcept {
-  double const s = (p - point_).dot(tangent_) / tangent_.dot(tangent_);
-  return point_ + s * tangent_;
+  return nearestOnLine(point_, tangent_, p);
 }
 
-double Line2d::distance(const Point2d& p) const noexcept {
-  Vector2d const d = p - point_;
-  double const along = d.dot(tangent_);
-  double const radicand = d.lengthSquared() - along * along / tangent_.lengthSquared();
-  return radicand > 0.0 ? std::sqrt(radicand) : 0.0;
-}
+double Line2d::distance(const Point2d& p) const noexcept { return distanceToLine(point_, tangent_, p); }
 
 Line2d& Line2d::offset(const Vector2d& d) noexcept {
   point_ += d;
@@ -100,16 +109,10 @@ Point3d Line3d::evaluate(double t) const noexcept {
 }
 
 Point3d Line3d::nearestPointOnLine(const Point3d& p) const noexcept {
-  double const s = (p - point_).dot(tangent_) / tangent_.dot(tangent_);
-  return point_ + s * tangent_;
+  return nearestOnLine(point_, tangent_, p);
 }
 
-double Line3d::distance(const Point3d& p) const noexcept {
-  Vector3d const d = p - point_;
-  double const along = d.dot(tangent_);
-  double const radicand = d.lengthSquared() - along * along / tangent_.lengthSquared();
-  return radicand > 0.0 ? std::sqrt(radicand) : 0.0;
-}
+double Line3d::distance(const Point3d& p) const noexcept { return distanceToLine(point_, tangent_, p); }
 
 Line3d& Line3d::offset(const Vector3d& d) noexcept {
   point_ += d;
