@@ -31,6 +31,10 @@ void setObject(const zrArray_tag* object) {
   g_currentObject.reset(object ? zrDuplicateArray(object) : nullptr);
 }
 
+zrArray_tag* str(const char* text) { return zrCreateString(text); }
+zrArray_tag* fn(const char* name) { return zrCreateFunctionHandle(name); }
+zrArray_tag* num(double value) { return zrCreateDoubleScalar(value); }
+
 // What the registered function "record" saw on each call.
 std::vector<std::vector<std::string>> g_calls;
 
@@ -71,16 +75,20 @@ class BridgeCallback : public ::testing::Test {
     EXPECT_EQ(hostLiveArrayCount(), live_) << "host arrays leaked";
   }
   static void installHooks() {
-    gui_set_mcallback_hooks([]() -> void* { return ++g_hooks.created, &g_hookToken; },
-                            [](void*) { ++g_hooks.entered; }, [](void*) { ++g_hooks.left; },
-                            [](void* data, MCallback*) {
-                              EXPECT_EQ(data, &g_hookToken);
-                              ++g_hooks.attached;
-                            },
-                            [](void*, MCallback* cb) {
-                              ++g_hooks.detached;
-                              g_hooks.detachedCallbacks.push_back(cb);
-                            });
+    gui_set_mcallback_hooks(
+        []() -> void* {
+          ++g_hooks.created;
+          return &g_hookToken;
+        },
+        [](void*) { ++g_hooks.entered; }, [](void*) { ++g_hooks.left; },
+        [](void* data, MCallback*) {
+          EXPECT_EQ(data, &g_hookToken);
+          ++g_hooks.attached;
+        },
+        [](void*, MCallback* cb) {
+          ++g_hooks.detached;
+          g_hooks.detachedCallbacks.push_back(cb);
+        });
   }
 
   std::int64_t live_ = 0;
@@ -97,19 +105,15 @@ TEST_F(BridgeCallback, ValuesConvertBackToTheirForms) {
     Back back;
     std::size_t cells;
   };
-  zrArray_tag* (*const name)(const char*) = zrCreateString;
-  zrArray_tag* (*const handle)(const char*) = zrCreateFunctionHandle;
   std::vector<Case> cases;
   cases.push_back({"null", ZrArrayPtr(), true, Back::EmptyString, 0});
   cases.push_back({"empty double", ZrArrayPtr(zrCreateDoubleMatrix(0, 0)), true, Back::EmptyString, 0});
-  cases.push_back({"text", ZrArrayPtr(name("record(1)")), false, Back::SameString, 0});
-  cases.push_back({"handle", ZrArrayPtr(handle("record")), false, Back::Handle, 0});
-  cases.push_back({"cell of a handle", cellOf({handle("record")}), false, Back::Handle, 0});
-  cases.push_back({"cell of a name", cellOf({name("record")}), false, Back::Cell, 1});
-  cases.push_back({"name and arguments", cellOf({name("record"), zrCreateDoubleScalar(1), name("x")}), false,
-                   Back::Cell, 3});
-  cases.push_back(
-      {"handle and argument", cellOf({handle("record"), zrCreateDoubleScalar(2)}), false, Back::Cell, 2});
+  cases.push_back({"text", ZrArrayPtr(str("record(1)")), false, Back::SameString, 0});
+  cases.push_back({"handle", ZrArrayPtr(fn("record")), false, Back::Handle, 0});
+  cases.push_back({"cell of a handle", cellOf({fn("record")}), false, Back::Handle, 0});
+  cases.push_back({"cell of a name", cellOf({str("record")}), false, Back::Cell, 1});
+  cases.push_back({"name and arguments", cellOf({str("record"), num(1), str("x")}), false, Back::Cell, 3});
+  cases.push_back({"handle and argument", cellOf({fn("record"), num(2)}), false, Back::Cell, 2});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     MCallback* cb = MatrixToMCallback(c.value.get());
@@ -150,10 +154,10 @@ TEST_F(BridgeCallback, ValuesThatAreNotCallbacks) {
       "Value must be a string, a function handle, or a cell array containing string or function handle";
   const char* field = "f";
   std::vector<ZrArrayPtr> bad;
-  bad.emplace_back(zrCreateDoubleScalar(3));
+  bad.emplace_back(num(3));
   bad.emplace_back(zrCreateStructMatrix(1, 1, 1, &field));
-  bad.push_back(cellOf({zrCreateDoubleScalar(1), zrCreateString("x")}));
-  bad.push_back(cellOf({zrCreateCellMatrix(1, 1), zrCreateDoubleScalar(2)}));
+  bad.push_back(cellOf({num(1), str("x")}));
+  bad.push_back(cellOf({zrCreateCellMatrix(1, 1), num(2)}));
   for (const ZrArrayPtr& value : bad) {
     SCOPED_TRACE(zrGetClassName(value.get()));
     EXPECT_THROW((void)new MCallback(value.get()), MCallbackValueException);
@@ -165,7 +169,7 @@ TEST_F(BridgeCallback, ValuesThatAreNotCallbacks) {
 
 TEST_F(BridgeCallback, Equality) {
   auto make = [](double extra) {
-    ZrArrayPtr value = cellOf({zrCreateString("record"), zrCreateString("a"), zrCreateDoubleScalar(extra)});
+    ZrArrayPtr value = cellOf({str("record"), str("a"), num(extra)});
     return MatrixToMCallback(value.get());
   };
   MCallback* a = make(1);
@@ -181,7 +185,7 @@ TEST_F(BridgeCallback, Equality) {
   EXPECT_FALSE(a->isEqual(nullptr));
 
   // NaN arguments never compare equal, even to themselves.
-  ZrArrayPtr nanValue = cellOf({zrCreateString("record"), zrCreateDoubleScalar(std::nan(""))});
+  ZrArrayPtr nanValue = cellOf({str("record"), num(std::nan(""))});
   MCallback* withNan = MatrixToMCallback(nanValue.get());
   EXPECT_FALSE(withNan->isEqual(withNan));
 
@@ -209,22 +213,19 @@ TEST_F(BridgeCallback, Equality) {
 
 TEST_F(BridgeCallback, RunsTextNamesAndHandles) {
   installHooks();
-  ZrArrayPtr source(zrCreateString("src"));
-  ZrArrayPtr event(zrCreateDoubleScalar(9));
+  ZrArrayPtr source(str("src"));
+  ZrArrayPtr event(num(9));
   struct Case {
     const char* label;
     ZrArrayPtr value;
     std::vector<std::string> args;
   };
   std::vector<Case> cases;
-  cases.push_back({"text", ZrArrayPtr(zrCreateString("record(1, 'two')")), {"1", "'two'"}});
-  cases.push_back({"handle", ZrArrayPtr(zrCreateFunctionHandle("record")), {"'src'", "9"}});
-  cases.push_back({"name with arguments",
-                   cellOf({zrCreateString("record"), zrCreateDoubleScalar(7), zrCreateString("x")}),
-                   {"'src'", "9", "7", "'x'"}});
-  cases.push_back({"handle with argument",
-                   cellOf({zrCreateFunctionHandle("record"), zrCreateDoubleScalar(5)}),
-                   {"'src'", "9", "5"}});
+  cases.push_back({"text", ZrArrayPtr(str("record(1, 'two')")), {"1", "'two'"}});
+  cases.push_back({"handle", ZrArrayPtr(fn("record")), {"'src'", "9"}});
+  cases.push_back(
+      {"name with arguments", cellOf({str("record"), num(7), str("x")}), {"'src'", "9", "7", "'x'"}});
+  cases.push_back({"handle with argument", cellOf({fn("record"), num(5)}), {"'src'", "9", "5"}});
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     g_calls.clear();
@@ -295,7 +296,7 @@ TEST_F(BridgeCallback, ErrorsAreReportedOrSavedNeverThrown) {
   hostRegisterFunction("failing", [](int, zrArray_tag**, int, const zrArray_tag* const*) {
     zrErrMsgIdAndTxt("test:failing", "no luck");
   });
-  ZrArrayPtr handle(zrCreateFunctionHandle("failing"));
+  ZrArrayPtr handle(fn("failing"));
   cb = MatrixToMCallback(handle.get());
   EXPECT_FALSE(cb->execute(nullptr, nullptr));
   reported = hostUnhandledExceptions();
@@ -350,9 +351,9 @@ TEST_F(BridgeCallback, SourceIsTheCurrentObjectWhileRunning) {
   installHooks();
   MCallbackRegisterGetCallbackObjectFcn(getObject);
   MCallbackRegisterSetCallbackObjectFcn(setObject);
-  g_currentObject.reset(zrCreateString("before"));
-  ZrArrayPtr source(zrCreateString("figure"));
-  ZrArrayPtr value = cellOf({zrCreateString("record")});
+  g_currentObject.reset(str("before"));
+  ZrArrayPtr source(str("figure"));
+  ZrArrayPtr value = cellOf({str("record")});
   MCallback* cb = MatrixToMCallback(value.get());
   EXPECT_TRUE(cb->execute(source.get(), nullptr));
   ASSERT_EQ(g_calls.size(), 1u);
@@ -379,7 +380,7 @@ TEST_F(BridgeCallback, AtSignMakesAHandleOnlyUnderHooks) {
 }
 
 TEST_F(BridgeCallback, AllocationFailuresLeakNothing) {
-  ZrArrayPtr value = cellOf({zrCreateString("record"), zrCreateDoubleScalar(1), zrCreateDoubleMatrix(2, 2)});
+  ZrArrayPtr value = cellOf({str("record"), num(1), zrCreateDoubleMatrix(2, 2)});
   const std::int64_t live = hostLiveArrayCount();
   bool succeeded = false;
   for (std::int64_t budget = 0; !succeeded && budget < 64; ++budget) {
