@@ -72,15 +72,9 @@ class FakeAxes : public cu::CameraModeProxy {
 }  // namespace
 
 TEST(SetAutoCameraModes, AutomaticTargetAndPosition) {
-  struct Case {
-    const char* label;
-    Axis axes[3];
-    Point3d box;
-    double az, el;
-    Point3d target, position;
-  };
   const double r3 = kRoot3;
   // clang-format off
+  struct Case { const char* label; Axis axes[3]; Point3d box; double az, el; Point3d target, position; };
   const Case cases[] = {
       {"front view of the unit box", {{}, {}, {}}, {1, 1, 1}, 0, 0, {0.5, 0.5, 0.5}, {0.5, 0.5 - 5 * r3, 0.5}},
       {"from the right", {{}, {}, {}}, {1, 1, 1}, 90, 0, {0.5, 0.5, 0.5}, {0.5 + 5 * r3, 0.5, 0.5}},
@@ -94,6 +88,7 @@ TEST(SetAutoCameraModes, AutomaticTargetAndPosition) {
       {"reversed y from the front", {{}, {0, 1, false, true}, {}}, {1, 1, 1}, 0, 0, {0.5, 0.5, 0.5},
        {0.5, 0.5 + 5 * r3, 0.5}},
   };
+  // clang-format on
   // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);

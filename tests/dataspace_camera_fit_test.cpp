@@ -243,21 +243,15 @@ TEST(FitPerspectiveCameraByPosition, FramesEveryCornerAndKeepsTheLineOfSight) {
 
 TEST(CameraFitting, UnframeableInputThrowsAndPublishesNothing) {
   const BoundingVolume cube(Point3d(0, 0, 0), 2, 2, 2);
-  struct Case {
-    const char* label;
-    BoundingVolume volume;
-    Rectangle2d rect;
-    Point3d position;
-    Vector3d up;
-    double angle;
-    bool orthoThrows;
-    bool perspectiveThrows = true;
-  };
   const Rectangle2d rect(0, 0, 100, 50);
   const Point3d eye(0, -10, 0);
   const Vector3d up(0, 0, 1);
   const BoundingVolume point(Point3d(0, 3, 0), Point3d(0, 3, 0)), stick(Point3d(0, -3, 0), Point3d(0, 3, 0));
   // clang-format off
+  struct Case {
+    const char* label; BoundingVolume volume; Rectangle2d rect; Point3d position; Vector3d up; double angle;
+    bool orthoThrows, perspectiveThrows = true;
+  };
   const Case cases[] = {
       {"unset volume", BoundingVolume(), rect, eye, up, 30, true},
       {"NaN volume", BoundingVolume(Point3d(kNaN, 0, 0), Point3d(1, 1, 1)), rect, eye, up, 30, true},
@@ -272,6 +266,7 @@ TEST(CameraFitting, UnframeableInputThrowsAndPublishesNothing) {
       {"up along the line of sight", cube, rect, eye, Vector3d(0, 2, 0), 30, true},
       {"zero up vector", cube, rect, eye, Vector3d(0, 0, 0), 30, true},
   };
+  // clang-format on
   // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);

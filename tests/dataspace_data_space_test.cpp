@@ -41,14 +41,11 @@ Point3d apply(const Matrix4x4d& m, const Point3d& p) { return transform(m, p).pr
 }  // namespace
 
 TEST(MakeNormalizingTransform, MapsRenderLimitsOntoThePlotBox) {
-  struct Case {
-    const char* label;
-    double limits[3][2];
-    bool log[3], reverse[3];
-    Vector3d box;
-    Point3d low, high;  // where the minimum and maximum corners land
-  };
   // clang-format off
+  // low, high: where the minimum and maximum corners land
+  struct Case {
+    const char* label; double limits[3][2]; bool log[3], reverse[3]; Vector3d box; Point3d low, high;
+  };
   const Case cases[] = {
       {"unit cube", {{0, 1}, {0, 1}, {0, 1}}, {}, {}, {1, 1, 1}, {-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5}},
       {"elongated box", {{0, 10}, {-5, 5}, {100, 200}}, {}, {}, {1, 2, 1}, {-0.25, -0.5, -0.25}, {0.25, 0.5, 0.25}},
@@ -202,14 +199,10 @@ class FakeBounds : public ds::AxesBounds {
 }  // namespace
 
 TEST(IntersectWithAxesBounds, HandPickedSegments) {
-  struct Case {
-    const char* label;
-    Point3d a, b;
-    double limits[3][2];
-    bool log[3], valid;
-    Point3d start, end;
-  };
   // clang-format off
+  struct Case {
+    const char* label; Point3d a, b; double limits[3][2]; bool log[3], valid; Point3d start, end;
+  };
   const Case cases[] = {
       {"runs along an edge", {-1, 1, 1}, {2, 1, 1}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, 1, 1}, {1, 1, 1}},
       {"touches an edge", {-1, 0, .5}, {1, 2, .5}, {{0, 1}, {0, 1}, {0, 1}}, {}, true, {0, 1, .5}, {0, 1, .5}},

@@ -34,7 +34,9 @@ FakeAxisState& setX(FakeAxes& axes, AxisScale scale, double lo, double hi) {
 
 TEST(LogTicks, DecadeLimits) {
   // clang-format off
-  struct Case { const char* label; double lower, upper; int maxTicks; LimitType type; int n; double outLo, outHi; };
+  struct Case {
+    const char* label; double lower, upper; int maxTicks; LimitType type; int n; double outLo, outHi;
+  };
   const Case cases[] = {
       {"decades", 1, 1000, 11, kLimitValues, 4, 1, 1000},
       {"widened to decades", 0.5, 100, 11, kLimitValues, 4, 0.1, 100},
@@ -231,7 +233,10 @@ std::vector<double> minors(const std::vector<double>& majors, const TickGeometry
 
 TEST(MinorTicks, LinearAndLogarithmicRules) {
   // clang-format off
-  struct Case { const char* label; std::vector<double> majors; TickGeometryDescriptor g; int capacity; std::vector<double> want; };
+  struct Case {
+    const char* label; std::vector<double> majors; TickGeometryDescriptor g; int capacity;
+    std::vector<double> want;
+  };
   const Case cases[] = {
       {"step 1 in fifths", {0, 1, 2}, {kLinearScale, 0, 2, 0}, 50, {0.2, 0.4, 0.6, 0.8, 1.2, 1.4, 1.6, 1.8}},
       {"step 2 in quarters", {0, 2}, {kLinearScale, -1, 2, 0}, 50, {-1, -0.5, 0.5, 1, 1.5}},

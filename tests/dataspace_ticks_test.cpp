@@ -31,13 +31,9 @@ bool isNiceStep(double step) {
 }
 
 TEST(LinearTicks, FixedCases) {
+  // clang-format off
   struct Case {
-    const char* label;
-    double lower, upper;
-    int minTicks, maxTicks;
-    InOut mode;
-    int n;
-    double outLower, outUpper;
+    const char* label; double lower, upper; int minTicks, maxTicks; InOut mode; int n; double outLo, outHi;
   };
   const Case cases[] = {
       {"unit range, enclosing", 0, 1, 2, 11, kEnclosing, 11, 0, 1},
@@ -49,11 +45,12 @@ TEST(LinearTicks, FixedCases) {
       {"upper infinite", 0, kInf, 2, 11, kInside, 3, 0, kInf},
       {"no counts", 0, 1, 5, 4, kEnclosing, 0, 0, 1},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     double lo = c.lower, hi = c.upper;
     EXPECT_EQ(calculateLinearTicks(&lo, &hi, c.minTicks, c.maxTicks, c.mode), c.n);
-    for (auto [got, want] : {std::pair{lo, c.outLower}, std::pair{hi, c.outUpper}}) {
+    for (auto [got, want] : {std::pair{lo, c.outLo}, std::pair{hi, c.outHi}}) {
       if (std::isinf(want)) {
         EXPECT_EQ(got, want);
       } else {
@@ -148,12 +145,9 @@ TEST(BiasedTicks, DegenerateBiasesStillEnd) {
 }
 
 TEST(TickCountEstimate, FixedCases) {
+  // clang-format off
   struct Case {
-    const char* label;
-    int low, cap;
-    Point2d p0, p1;
-    double spacingY, spacingX;
-    bool inclusive;
+    const char* label; int low, cap; Point2d p0, p1; double spacingY, spacingX; bool inclusive;
     int outMin, outMax;
   };
   const Case cases[] = {
@@ -166,6 +160,7 @@ TEST(TickCountEstimate, FixedCases) {
       {"below low after the cap", 5, 3, {0, 0}, {0, 100}, 1, 1, true, 5, 5},
       {"below low, exclusive", 5, 3, {0, 0}, {0, 100}, 1, 1, false, 4, 5},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     int lo = -1, hi = -1;
