@@ -32,6 +32,15 @@ inline void prefetch(const void* p) noexcept {
 // (smallest positive); -inf and +inf may reach the tracked values but never
 // beat a finite value there, and alone they read as "none seen".
 
+// Folds the lanes of the four stored accumulators: minimum, largest negative,
+// smallest positive, maximum.
+template <typename T, int N>
+ExtentsScan foldLanes(const T (&a)[4][N]) noexcept {
+  ExtentsScan s;
+  for (int i = 0; i < N; ++i) s = detail::merge(s, ExtentsScan{a[0][i], a[1][i], a[2][i], a[3][i]});
+  return s;
+}
+
 // ---- SSE2 --------------------------------------------------------------------------------------
 
 struct Sse2Double {
@@ -58,11 +67,7 @@ struct Sse2Double {
     _mm_store_pd(a[1], ng);
     _mm_store_pd(a[2], ps);
     _mm_store_pd(a[3], mx);
-    ExtentsScan s;
-    for (int i = 0; i < 2; ++i) {
-      s = detail::merge(s, ExtentsScan{a[0][i], a[1][i], a[2][i], a[3][i]});
-    }
-    return s;
+    return foldLanes(a);
   }
 };
 
@@ -90,11 +95,7 @@ struct Sse2Float {
     _mm_store_ps(a[1], ng);
     _mm_store_ps(a[2], ps);
     _mm_store_ps(a[3], mx);
-    ExtentsScan s;
-    for (int i = 0; i < 4; ++i) {
-      s = detail::merge(s, ExtentsScan{a[0][i], a[1][i], a[2][i], a[3][i]});
-    }
-    return s;
+    return foldLanes(a);
   }
 };
 
@@ -113,6 +114,17 @@ struct Int16Accumulator {
     umax = u > umax ? u : umax;
     const auto pred = static_cast<std::uint16_t>(u - 1u);
     uminPred = pred < uminPred ? pred : uminPred;
+  }
+  // Takes in the stored lanes of the vector accumulators.
+  template <int N>
+  void foldLanes(const std::int16_t (&l)[N], const std::int16_t (&h)[N], const std::uint16_t (&um)[N],
+                 const std::uint16_t (&up)[N]) noexcept {
+    for (int k = 0; k < N; ++k) {
+      lo = l[k] < lo ? l[k] : lo;
+      hi = h[k] > hi ? h[k] : hi;
+      umax = um[k] > umax ? um[k] : umax;
+      uminPred = up[k] < uminPred ? up[k] : uminPred;
+    }
   }
   ExtentsScan finish(bool any) const noexcept {
     ExtentsScan s;
@@ -167,21 +179,13 @@ ExtentsScan scanInt16Sse2(const std::int16_t* p, std::size_t n) noexcept {
     uminPred = _mm_min_epi16(uminPred, _mm_xor_si128(_mm_sub_epi16(x, one), bias));
   }
   Int16Accumulator acc;
-  alignas(16) std::int16_t l[8], h[8], um[8], up[8];
+  alignas(16) std::int16_t l[8], h[8];
+  alignas(16) std::uint16_t um[8], up[8];
   _mm_store_si128(reinterpret_cast<__m128i*>(l), lo);
   _mm_store_si128(reinterpret_cast<__m128i*>(h), hi);
   _mm_store_si128(reinterpret_cast<__m128i*>(um), _mm_xor_si128(umax, bias));
   _mm_store_si128(reinterpret_cast<__m128i*>(up), _mm_xor_si128(uminPred, bias));
-  if (i > 0) {
-    for (int k = 0; k < 8; ++k) {
-      acc.lo = l[k] < acc.lo ? l[k] : acc.lo;
-      acc.hi = h[k] > acc.hi ? h[k] : acc.hi;
-      const auto u = static_cast<std::uint16_t>(um[k]);
-      acc.umax = u > acc.umax ? u : acc.umax;
-      const auto pr = static_cast<std::uint16_t>(up[k]);
-      acc.uminPred = pr < acc.uminPred ? pr : acc.uminPred;
-    }
-  }
+  if (i > 0) acc.foldLanes(l, h, um, up);
   for (; i < n; ++i) acc.add(p[i]);
   return acc.finish(n > 0);
 }
@@ -213,9 +217,7 @@ QVGUI_AVX2 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept {
   _mm256_store_pd(a[1], _mm256_max_pd(ng[0], ng[1]));
   _mm256_store_pd(a[2], _mm256_min_pd(ps[0], ps[1]));
   _mm256_store_pd(a[3], _mm256_max_pd(mx[0], mx[1]));
-  ExtentsScan s = scanFloatingScalar(p + i, n - i);
-  for (int k = 0; k < 4; ++k) s = merge(s, ExtentsScan{a[0][k], a[1][k], a[2][k], a[3][k]});
-  return s;
+  return merge(foldLanes(a), scanFloatingScalar(p + i, n - i));
 }
 
 QVGUI_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
@@ -241,9 +243,7 @@ QVGUI_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
   _mm256_store_ps(a[1], _mm256_max_ps(ng[0], ng[1]));
   _mm256_store_ps(a[2], _mm256_min_ps(ps[0], ps[1]));
   _mm256_store_ps(a[3], _mm256_max_ps(mx[0], mx[1]));
-  ExtentsScan s = scanFloatingScalar(p + i, n - i);
-  for (int k = 0; k < 8; ++k) s = merge(s, ExtentsScan{a[0][k], a[1][k], a[2][k], a[3][k]});
-  return s;
+  return merge(foldLanes(a), scanFloatingScalar(p + i, n - i));
 }
 
 QVGUI_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexcept {
@@ -267,14 +267,7 @@ QVGUI_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexc
   _mm256_store_si256(reinterpret_cast<__m256i*>(um), umax);
   _mm256_store_si256(reinterpret_cast<__m256i*>(up), uminPred);
   Int16Accumulator acc;
-  if (i > 0) {
-    for (int k = 0; k < 16; ++k) {
-      acc.lo = l[k] < acc.lo ? l[k] : acc.lo;
-      acc.hi = h[k] > acc.hi ? h[k] : acc.hi;
-      acc.umax = um[k] > acc.umax ? um[k] : acc.umax;
-      acc.uminPred = up[k] < acc.uminPred ? up[k] : acc.uminPred;
-    }
-  }
+  if (i > 0) acc.foldLanes(l, h, um, up);
   for (; i < n; ++i) acc.add(p[i]);
   return acc.finish(n > 0);
 }
