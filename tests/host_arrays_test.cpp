@@ -186,21 +186,18 @@ TEST_F(HostArrays, EqualityComparesClassShapeAndValues) {
   *static_cast<std::uint64_t*>(zrGetData(u1.get())) = ~std::uint64_t{0};
   *static_cast<std::uint64_t*>(zrGetData(u2.get())) = ~std::uint64_t{0} - 1;
   EXPECT_FALSE(zrArrayEqual(u1.get(), u2.get()));
+  // Takes ownership of both arrays.
+  auto equal = [](zrArray_tag* a, zrArray_tag* b) { return zrArrayEqual(Array(a).get(), Array(b).get()); };
   // Same elements, different shape.
-  EXPECT_FALSE(
-      zrArrayEqual(Array(zrCreateDoubleMatrix(2, 3)).get(), Array(zrCreateDoubleMatrix(3, 2)).get()));
+  EXPECT_FALSE(equal(zrCreateDoubleMatrix(2, 3), zrCreateDoubleMatrix(3, 2)));
   const zrSize d3[3] = {2, 3, 1}, d4[3] = {2, 1, 3};
-  EXPECT_TRUE(zrArrayEqual(Array(zrCreateNumericArray(3, d3, zrDOUBLE_CLASS)).get(),
-                           Array(zrCreateDoubleMatrix(2, 3)).get()));
-  EXPECT_FALSE(zrArrayEqual(Array(zrCreateNumericArray(3, d4, zrDOUBLE_CLASS)).get(),
-                            Array(zrCreateDoubleMatrix(2, 3)).get()));
-  EXPECT_TRUE(zrArrayEqual(nullptr, nullptr));
-  EXPECT_FALSE(zrArrayEqual(Array(zrCreateDoubleMatrix(0, 0)).get(), nullptr));
+  EXPECT_TRUE(equal(zrCreateNumericArray(3, d3, zrDOUBLE_CLASS), zrCreateDoubleMatrix(2, 3)));
+  EXPECT_FALSE(equal(zrCreateNumericArray(3, d4, zrDOUBLE_CLASS), zrCreateDoubleMatrix(2, 3)));
+  EXPECT_TRUE(equal(nullptr, nullptr));
+  EXPECT_FALSE(equal(zrCreateDoubleMatrix(0, 0), nullptr));
   // Function handles compare by name.
-  EXPECT_TRUE(
-      zrArrayEqual(Array(zrCreateFunctionHandle("f")).get(), Array(zrCreateFunctionHandle("f")).get()));
-  EXPECT_FALSE(
-      zrArrayEqual(Array(zrCreateFunctionHandle("f")).get(), Array(zrCreateFunctionHandle("g")).get()));
+  EXPECT_TRUE(equal(zrCreateFunctionHandle("f"), zrCreateFunctionHandle("f")));
+  EXPECT_FALSE(equal(zrCreateFunctionHandle("f"), zrCreateFunctionHandle("g")));
 }
 
 // Equality against a slow element-by-element reference on random arrays of
