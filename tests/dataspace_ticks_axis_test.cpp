@@ -154,26 +154,25 @@ TEST(ComputeAxisTicks, AutomaticTicksByScale) {
 }
 
 TEST(TickMarkPositions, RenderLimitsAStepAwayBecomeTicks) {
-  FakeAxes axes;
-  FakeAxisState& x = axes.axis[kXAxis];
-  x.numTicksInRange = 3;
-  x.offset = 0;
-  std::unique_ptr<NReals> r(calculateTickMarkPos(axes, kXAxis, 3, 0, 2, 1.5, 3.5, kLinearScale));
-  EXPECT_EQ(x.numTicksInRange, 5);
-  EXPECT_EQ(*r, NReals({1.5, 0, 1, 2, 3.5}));
-
-  x.numTicksInRange = 3;
-  std::unique_ptr<NReals> plain(calculateTickMarkPos(axes, kXAxis, 3, 0, 2, 0.5, 2.5, kLinearScale));
-  EXPECT_EQ(*plain, NReals({0, 1, 2}));
-
-  // A span that overflows is spaced as multiples of the lower tick. Its step
-  // is negative (the ticks have opposite signs), so both render limits count
-  // as a step beyond and are added too.
-  x.numTicksInRange = 3;
-  std::unique_ptr<NReals> huge(
-      calculateTickMarkPos(axes, kXAxis, 3, -DBL_MAX, DBL_MAX, -DBL_MAX, DBL_MAX, kLinearScale));
-  EXPECT_EQ(*huge, NReals({-DBL_MAX, -DBL_MAX, 0, DBL_MAX, DBL_MAX}));
-
+  // clang-format off
+  struct Case { const char* label; double lo, hi, renderLo, renderHi; std::vector<double> want; };
+  const Case cases[] = {
+      {"render limits a step beyond", 0, 2, 1.5, 3.5, {1.5, 0, 1, 2, 3.5}},
+      {"render limits within a step", 0, 2, 0.5, 2.5, {0, 1, 2}},
+      // An overflowing span is spaced as multiples of the lower tick; its step is
+      // negative, so both render limits count as a step beyond.
+      {"overflowing span", -DBL_MAX, DBL_MAX, -DBL_MAX, DBL_MAX, {-DBL_MAX, -DBL_MAX, 0, DBL_MAX, DBL_MAX}},
+  };
+  // clang-format on
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    FakeAxes axes;
+    axes.axis[kXAxis].numTicksInRange = 3;
+    std::unique_ptr<NReals> r(
+        calculateTickMarkPos(axes, kXAxis, 3, c.lo, c.hi, c.renderLo, c.renderHi, kLinearScale));
+    EXPECT_EQ(valuesOf(r.get()), c.want);
+    EXPECT_EQ(axes.axis[kXAxis].numTicksInRange, static_cast<int>(c.want.size()));
+  }
   // A descriptor that counts nothing gets an empty record, never an overrun.
   test::NullAxisDescriptor null;
   std::unique_ptr<NReals> none(calculateTickMarkPos(null, kXAxis, 4, 0, 3, 5, 9, kLinearScale));
