@@ -130,8 +130,14 @@ Rectangle2d Rectangle2i::asRectangle2d() const noexcept {
 bool operator==(const Rectangle2i& a, const Rectangle2i& b) noexcept { return sameEdges(a, b); }
 bool operator!=(const Rectangle2i& a, const Rectangle2i& b) noexcept { return !(a == b); }
 
-Rectangle2i operator+(const Rectangle2i& r, const Vector2i& d) noexcept { return Rectangle2i(r) += d; }
-Rectangle2i operator-(const Rectangle2i& r, const Vector2i& d) noexcept { return Rectangle2i(r) -= d; }
+Rectangle2i operator+(const Rectangle2i& r, const Vector2i& d) noexcept {
+  Rectangle2i moved = r;
+  return moved += d;
+}
+Rectangle2i operator-(const Rectangle2i& r, const Vector2i& d) noexcept {
+  Rectangle2i moved = r;
+  return moved -= d;
+}
 
 Rectangle2i unionRect(const Rectangle2i& a, const Rectangle2i& b) noexcept {
   return Rectangle2i(Point2i(std::min(a.getXMin(), b.getXMin()), std::min(a.getYMin(), b.getYMin())),

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The whole test suite: a warnings-as-errors build with every test, the
+# The whole test suite: static analysis, a warnings-as-errors build with every test, the
 # installed package used by the example consumer, the same tests under
 # AddressSanitizer and UndefinedBehaviorSanitizer, and a short run of every
 # fuzzer (clang).
@@ -9,6 +9,11 @@ scripts/install-deps.sh
 
 jobs=$(nproc)
 fuzz_seconds=${QVGUI_FUZZ_SECONDS:-5}
+
+echo "== Static analysis (cppcheck) =="
+cppcheck --quiet --std=c++17 --language=c++ --enable=warning,performance,portability --inline-suppr \
+  --error-exitcode=1 -j"$jobs" -I include -I . --suppress=missingIncludeSystem \
+  geometry clipping dataspace bridge surface raster lighting window host tools
 
 echo "== Warnings-as-errors build =="
 cmake -S . -B build/werror -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVGUI_WERROR=ON

@@ -164,6 +164,7 @@ class QVGUI_API ArrayVector {
   using value_type = T;
 
   ArrayVector() = default;
+  // cppcheck-suppress passedByValue ; a sink: callers move their values in
   explicit ArrayVector(std::vector<T> values) noexcept : values_(std::move(values)) {}
   explicit ArrayVector(const zrArray_tag* array);
 
@@ -200,6 +201,7 @@ extern template class ArrayVector<gui_objects::Color4b>;
 class QVGUI_API UTF16String {
  public:
   UTF16String() = default;
+  // cppcheck-suppress passedByValue ; a sink: callers move their text in
   explicit UTF16String(std::u16string text) noexcept : text_(std::move(text)) {}
   // UTF-8 text; null gives the empty string.
   explicit UTF16String(const char* utf8);

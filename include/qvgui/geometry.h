@@ -291,7 +291,7 @@ class QVGUI_API Point3d {
  public:
   constexpr Point3d() noexcept = default;
   constexpr Point3d(double x, double y, double z) noexcept : x_(x), y_(y), z_(z) {}
-  constexpr Point3d(Real_point3 p) noexcept : x_(p.x), y_(p.y), z_(p.z) {}
+  constexpr Point3d(const Real_point3& p) noexcept : x_(p.x), y_(p.y), z_(p.z) {}
 
   [[nodiscard]] constexpr double getX() const noexcept { return x_; }
   [[nodiscard]] constexpr double getY() const noexcept { return y_; }
