@@ -123,11 +123,18 @@ void searchHint() {
       g_nextFree = b * kHandleBlockSize + found;
       return;
     }
-    HandleBlock* next = block->next;
-    while (next && table->directory[next->number].live >= std::uint32_t(kHandleBlockSize)) next = next->next;
-    if (next) {
-      block = next;
-      b = next->number;
+    // The block list runs in increasing block number, so the next allocated
+    // block with room is also the next such directory entry. Scanning the
+    // contiguous directory beats chasing the list through every full block,
+    // which is what a steady churn of many live handles would otherwise do.
+    std::int32_t nb = b + 1;
+    while (nb < table->directoryLength &&
+           (!table->directory[nb].block || table->directory[nb].live >= std::uint32_t(kHandleBlockSize))) {
+      ++nb;
+    }
+    if (nb < table->directoryLength) {
+      block = table->directory[nb].block;
+      b = nb;
     } else {
       b = chooseDirectoryEntry(table);
       block = allocateBlock(table, b);
