@@ -1,0 +1,256 @@
+// TeX-subset and LaTeX strings: symbols, fonts, scripts and their nesting,
+// and where malformed markup is reported.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+#include "qvgui/text.h"
+#include "text_layout_afm_reader.h"
+
+namespace {
+
+using namespace gui_objects::font;
+using text_test::afm;
+using text_test::referenceWidth;
+
+// 10 pt Helvetica at 72 dpi, left/baseline: layout pixels are points.
+TextLayout tex(const std::string& s, TextKind kind = TextKind::Tex) {
+  StringProps p;
+  p.faceName = "Helvetica";
+  return TextHandler(kind).layout(s, p);
+}
+
+TEST(TextTex, SymbolCommandsAndCharactersUseTheSymbolFace) {
+  struct Case {
+    const char* markup;
+    const char* glyph;  // in the Symbol AFM file
+  };
+  const Case cases[] = {
+      {"\\alpha", "alpha"},
+      {"\\omega", "omega"},
+      {"\\Gamma", "Gamma"},
+      {"\\Omega", "Omega"},
+      {"\\varphi", "phi1"},
+      {"\\Upsilon", "Upsilon1"},
+      {"\\infty", "infinity"},
+      {"\\pm", "plusminus"},
+      {"\\times", "multiply"},
+      {"\\leq", "lessequal"},
+      {"\\geq", "greaterequal"},
+      {"\\neq", "notequal"},
+      {"\\approx", "approxequal"},
+      {"\\circ", "degree"},
+      {"\\degree", "degree"},
+      {"\\partial", "partialdiff"},
+      {"\\nabla", "gradient"},
+      {"\\int", "integral"},
+      {"\\sum", "summation"},
+      {"\\cdot", "dotmath"},
+      {"\\rightarrow", "arrowright"},
+      {"\\to", "arrowright"},
+      {"\\Leftarrow", "arrowdblleft"},
+      {"\xCE\xBC", "mu"},
+      {"\xE2\x89\xA4", "lessequal"},
+      {"\xE2\x88\x9E", "infinity"},
+  };
+  const text_test::AfmFile& symbol = afm(28);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.markup);
+    const TextLayout t = tex(c.markup);
+    EXPECT_TRUE(t.error.ok()) << t.error.message;
+    ASSERT_EQ(t.runs.size(), 1u);
+    EXPECT_EQ(t.runs[0].afmIndex, 28);
+    ASSERT_EQ(t.runs[0].bytes.size(), 1u);
+    EXPECT_EQ(static_cast<unsigned char>(t.runs[0].bytes[0]), symbol.glyphs.at(c.glyph).code);
+    EXPECT_NEAR(t.width, symbol.glyphs.at(c.glyph).wx / 100, 1e-12);
+    // A symbol sits in the text face's line, not the Symbol font box.
+    EXPECT_NEAR(t.ascent, afm(12).ascender / 100, 1e-12);
+  }
+}
+
+TEST(TextTex, ScriptsShrinkShiftAndStack) {
+  const double x = afm(12).glyphs.at("x").wx / 100;  // 10 pt, in points
+  const double wa = afm(12).glyphs.at("a").wx * 0.007, wbc = referenceWidth(12, "bc") * 0.007;
+  struct Glyph {
+    std::string bytes;
+    double x, y, size;
+  };
+  struct Case {
+    const char* markup;
+    std::vector<Glyph> runs;
+  };
+  const Case cases[] = {
+      {"x^a", {{"x", 0, 0, 10}, {"a", x, -4, 7}}},
+      {"x_a", {{"x", 0, 0, 10}, {"a", x, 2, 7}}},
+      {"x^{a^{bc}}", {{"x", 0, 0, 10}, {"a", x, -4, 7}, {"bc", x + wa, -6.8, 4.9}}},
+      {"x_{a_{bc}}", {{"x", 0, 0, 10}, {"a", x, 2, 7}, {"bc", x + wa, 3.4, 4.9}}},
+      {"x^{bc}_a x", {{"x", 0, 0, 10}, {"bc", x, -4, 7}, {"a", x, 2, 7}, {" x", x + wbc, 0, 10}}},
+      {"x_a^{bc}x", {{"x", 0, 0, 10}, {"a", x, 2, 7}, {"bc", x, -4, 7}, {"x", x + wbc, 0, 10}}},
+      {"x^ {a}", {{"x", 0, 0, 10}, {"a", x, -4, 7}}},
+      {"\\fontsize{20}x^a", {{"x", 0, 0, 20}, {"a", 2 * x, -8, 14}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.markup);
+    const TextLayout t = tex(c.markup);
+    EXPECT_TRUE(t.error.ok()) << t.error.message;
+    ASSERT_EQ(t.runs.size(), c.runs.size());
+    for (std::size_t r = 0; r < c.runs.size(); ++r) {
+      EXPECT_EQ(t.runs[r].bytes, c.runs[r].bytes);
+      EXPECT_NEAR(t.runs[r].x, c.runs[r].x, 1e-9) << r;
+      EXPECT_NEAR(t.runs[r].y, c.runs[r].y, 1e-9) << r;
+      EXPECT_NEAR(t.runs[r].size, c.runs[r].size, 1e-12) << r;
+    }
+  }
+  // A raised script lifts the line's ascent above the face's.
+  EXPECT_NEAR(tex("x^a").ascent, 4 + afm(12).ascender * 0.007, 1e-9);
+}
+
+TEST(TextTex, FontsColoursSpacesAndEscapes) {
+  struct Case {
+    const char* markup;
+    TextKind kind;
+    std::vector<std::pair<std::string, int>> runs;  // bytes and AFM index
+  };
+  const Case cases[] = {
+      {"\\bf a", TextKind::Tex, {{"a", 13}}},
+      {"{\\it a}b", TextKind::Tex, {{"a", 14}, {"b", 12}}},
+      {"\\bf\\it a\\rm b", TextKind::Tex, {{"a", 15}, {"b", 12}}},
+      {"\\textbf{a}b", TextKind::Tex, {{"a", 13}, {"b", 12}}},
+      {"\\fontname{Times}a", TextKind::Tex, {{"a", 32}}},
+      {"\\{\\}\\_\\^\\\\\\%\\$", TextKind::Tex, {{"{}_^\\%$", 12}}},
+      {"50% of $5", TextKind::Tex, {{"50% of $5", 12}}},
+      // Math letters are italic unless a font command chose the shape.
+      {"$x_1$ m", TextKind::Latex, {{"x", 14}, {"1", 12}, {" m", 12}}},
+      {"$\\mathrm{d}x$", TextKind::Latex, {{"d", 12}, {"x", 14}}},
+      {"a~b % comment\nc", TextKind::Latex, {{"a b c", 12}}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.markup);
+    const TextLayout t = tex(c.markup, c.kind);
+    EXPECT_TRUE(t.error.ok()) << t.error.message;
+    ASSERT_EQ(t.runs.size(), c.runs.size());
+    for (std::size_t r = 0; r < c.runs.size(); ++r) {
+      EXPECT_EQ(t.runs[r].bytes, c.runs[r].first);
+      EXPECT_EQ(t.runs[r].afmIndex, c.runs[r].second);
+    }
+  }
+
+  const TextLayout coloured = tex("a{\\color{red}b\\color[rgb]{0.2, 0.4,1}c}d");
+  ASSERT_EQ(coloured.runs.size(), 4u);
+  EXPECT_EQ(coloured.runs[1].color, gui_objects::Color3d(1, 0, 0));
+  EXPECT_EQ(coloured.runs[2].color, gui_objects::Color3d(0.2, 0.4, 1));
+  EXPECT_EQ(coloured.runs[3].color, gui_objects::Color3d(0, 0, 0));
+
+  // \, is 3/18 em; \quad one em of the current size.
+  EXPECT_NEAR(tex("a\\,b").width,
+              (afm(12).glyphs.at("a").wx + afm(12).glyphs.at("b").wx) / 100 + 10.0 * 3 / 18, 1e-9);
+  EXPECT_NEAR(tex("\\quad").width, 10, 1e-12);
+  EXPECT_EQ(tex("a\\\\b", TextKind::Latex).lineCount, 2);
+  EXPECT_EQ(tex("a\\\\b").lineCount, 1);
+}
+
+TEST(TextTex, MalformedMarkupReportsTheFirstErrorPosition) {
+  struct Case {
+    TextKind kind;
+    const char* markup;
+    std::size_t offset;
+    const char* message;  // a part of it
+  };
+  const Case cases[] = {
+      {TextKind::Tex, "a}b", 1, "unbalanced }"},
+      {TextKind::Tex, "ab{c{d}", 2, "missing }"},
+      {TextKind::Tex, "}{", 0, "unbalanced }"},
+      {TextKind::Tex, "a \\foo b", 2, "unknown command \\foo"},
+      {TextKind::Tex, "a\\?", 1, "unknown command \\?"},
+      {TextKind::Tex, "x^", 1, "missing argument for ^"},
+      {TextKind::Tex, "{x_}", 2, "missing argument for _"},
+      {TextKind::Tex, "x^a^b", 3, "double superscript"},
+      {TextKind::Tex, "x_{a}^b_c", 7, "double subscript"},
+      {TextKind::Tex, "ab\\", 2, "end of the string"},
+      {TextKind::Tex, "x\\fontsize{-2}", 1, "positive number"},
+      {TextKind::Tex, "x\\fontsize 9", 1, "argument in braces"},
+      {TextKind::Tex, "\\color{purple}x", 0, "unknown colour name 'purple'"},
+      {TextKind::Tex, "\\color[rgb]{1,0}x", 0, "three numbers"},
+      {TextKind::Tex, "\\color[cmyk]{1,0,0,0}x", 6, "rgb model"},
+      {TextKind::Latex, "$x", 0, "not closed"},
+      {TextKind::Latex, "a $x$ $y", 6, "not closed"},
+      {TextKind::Latex, "$$x$", 3, "closed with a single $"},
+      {TextKind::Latex, "x^2", 1, "only in math mode"},
+      {TextKind::Latex, "$\\alpha$ \\beta", 9, "\\beta is allowed only in math mode"},
+      {TextKind::Latex, "a & b", 2, "& is not allowed"},
+      {TextKind::Latex, "$\\frac{a}{b}$", 1, "unknown command \\frac"},
+      {TextKind::Latex, "\\textbf{a", 7, "missing }"},
+      {TextKind::Latex, "\\mathbf{a}", 0, "only in math mode"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.markup);
+    const TextError e = TextHandler(c.kind).validate(c.markup);
+    EXPECT_EQ(e.offset, c.offset);
+    EXPECT_NE(e.message.find(c.message), std::string::npos) << e.message;
+    // Layout reports the same error and still draws everything.
+    const TextLayout t = TextHandler(c.kind).layout(c.markup, StringProps{});
+    EXPECT_EQ(t.error.offset, c.offset);
+    EXPECT_EQ(t.error.message, e.message);
+  }
+  for (const char* fine : {"", "x^{2}_i", "\\alpha\\,\\beta", "{}", "a\\\\b", "50%", "}{\\"}) {
+    EXPECT_TRUE(TextHandler(TextKind::Plain).validate(fine).ok()) << fine;
+    EXPECT_EQ(TextHandler(TextKind::Tex).validate(fine).ok(), fine[0] != '}') << fine;
+  }
+  for (const char* fine :
+       {"$x^{2}_i$", "$\\alpha\\,\\beta$", "{}", "$x$ and $$y$$", "a\\\\b", "\\textit{a} $b$"})
+    EXPECT_TRUE(TextHandler(TextKind::Latex).validate(fine).ok()) << fine;
+
+  // Recovery draws the offending characters literally.
+  auto bytes = [](const TextLayout& t) {
+    std::string all;
+    for (const GlyphRun& r : t.runs) all += r.bytes;
+    return all;
+  };
+  EXPECT_EQ(bytes(tex("a}b")), "a}b");
+  EXPECT_EQ(bytes(tex("a\\foo b")), "a\\foob");
+  EXPECT_EQ(bytes(tex("x^")), "x^");
+  EXPECT_EQ(bytes(tex("{a{b")), "ab");
+
+  // Hostile nesting is an error, not a stack overflow.
+  const std::string deep(100000, '{');
+  EXPECT_NE(TextHandler(TextKind::Tex).validate(deep).message.find("nested too deeply"), std::string::npos);
+  EXPECT_FALSE(TextHandler(TextKind::Tex).validate(std::string(100000, '^') + "x").ok());
+}
+
+TEST(TextTex, MarkupFreeTextLaysOutLikePlainText) {
+  std::mt19937 rng(3);
+  const std::string alphabet = "abcAVWTy.,:;'\"() 0123456789-+=*/!?@[]|<>\xC3\xA9\xC2\xB0\n";
+  std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1), len(0, 30);
+  for (int trial = 0; trial < 300; ++trial) {
+    std::string s;
+    for (std::size_t n = len(rng); s.size() < n;) {
+      const std::size_t k = pick(rng);
+      // Keep the two-byte characters whole.
+      if (static_cast<unsigned char>(alphabet[k]) == 0xC3 || static_cast<unsigned char>(alphabet[k]) == 0xC2)
+        s += alphabet.substr(k, 2);
+      else if (static_cast<unsigned char>(alphabet[k]) < 0x80)
+        s += alphabet[k];
+    }
+    SCOPED_TRACE(s);
+    StringProps p;
+    p.faceName = "Times";
+    p.size = 13;
+    p.dpi = 96;
+    p.rotation = 30;
+    p.horzAlign = TEXT_HALIGN_CENTER;
+    const TextLayout plain = TextHandler(TextKind::Plain).layout(s, p);
+    const TextLayout t = TextHandler(TextKind::Tex).layout(s, p);
+    ASSERT_EQ(t.runs.size(), plain.runs.size());
+    for (std::size_t r = 0; r < t.runs.size(); ++r) {
+      EXPECT_EQ(t.runs[r].bytes, plain.runs[r].bytes);
+      EXPECT_EQ(t.runs[r].x, plain.runs[r].x);
+      EXPECT_EQ(t.runs[r].y, plain.runs[r].y);
+    }
+    EXPECT_EQ(t.bounds.left, plain.bounds.left);
+    EXPECT_EQ(t.bounds.bottom, plain.bounds.bottom);
+  }
+}
+
+}  // namespace
