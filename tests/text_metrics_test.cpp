@@ -246,6 +246,12 @@ TEST(text_metrics, EveryFaceMatchesItsAfmFile) {
       ++checked;
     }
     EXPECT_EQ(checked > 0, !f.kern.empty() && !(index >= 8 && index < 12));
+    const gf::FaceMetrics fm = gf::afmFaceMetrics(index);
+    EXPECT_EQ(fm.ascender, f.ascender);
+    EXPECT_EQ(fm.descender, f.descender);
+    EXPECT_EQ(fm.llx, f.bbox[0]);
+    EXPECT_EQ(fm.ury, f.bbox[3]);
+    EXPECT_GT(fm.capHeight, fm.xHeight);
     EXPECT_EQ(guiStringHeightDPI(index, 1000.0, 72.0), f.ascender - f.descender);
     EXPECT_EQ(guiStringDescentDPI(index, 1000.0, 72.0), -f.descender);
   }
