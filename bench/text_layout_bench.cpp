@@ -13,7 +13,7 @@ using namespace gui_objects::font;
 const std::string kPlainLabel =
     "Temperature at the inlet (\xC2\xB0"
     "C)\nmeasured every 15 minutes\nstation 42, AVG";
-const std::string kTexLabel = "T_{inlet} (\\circC)\n\\Delta t = 15 min, \\sigma^2_{n-1}\n\\bf station 42";
+const std::string kTexLabel = "T_{inlet} (\\circ{}C)\n\\Delta t = 15 min, \\sigma^2_{n-1}\n\\bf station 42";
 
 StringProps labelProps() {
   StringProps p;
