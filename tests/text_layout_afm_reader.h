@@ -1,6 +1,5 @@
-// An independent reading of the installed AFM files for the layout tests:
-// glyph metrics and kerning by glyph name, and the printable ASCII names of
-// ISO Latin-1, so that expected widths never come from the library's tables.
+// An independent reading of the installed AFM files for the layout tests, so
+// that expected widths never come from the library's tables.
 #pragma once
 
 #include <cstdlib>
@@ -8,7 +7,6 @@
 #include <map>
 #include <sstream>
 #include <string>
-#include <utility>
 
 namespace text_test {
 
@@ -19,137 +17,78 @@ struct AfmGlyph {
 
 struct AfmFile {
   std::map<std::string, AfmGlyph> glyphs;
+  std::map<int, std::string> names;  // by the file's own code
   std::map<std::pair<std::string, std::string>, double> kern;
   double ascender = 0, descender = 0, capHeight = 0, bboxLly = 0, bboxUry = 0;
   bool loaded = false;
 };
 
-// File stems by AFM font index (0..43).
-inline const char* afmStem(int index) {
-  static const char* const kStems[11][4] = {{"pagk8a", "pagd8a", "pagko8a", "pagdo8a"},
-                                            {"pbkl8a", "pbkd8a", "pbkli8a", "pbkdi8a"},
-                                            {"pcrr8a", "pcrb8a", "pcrro8a", "pcrbo8a"},
-                                            {"phvr8a", "phvb8a", "phvro8a", "phvbo8a"},
-                                            {"phvr8an", "phvb8an", "phvro8an", "phvbo8an"},
-                                            {"pncr8a", "pncb8a", "pncri8a", "pncbi8a"},
-                                            {"pplr8a", "pplb8a", "pplri8a", "pplbi8a"},
-                                            {"psyr", "psyr", "psyr", "psyr"},
-                                            {"ptmr8a", "ptmb8a", "ptmri8a", "ptmbi8a"},
-                                            {"pzcmi8a", "pzcmi8a", "pzcmi8a", "pzcmi8a"},
-                                            {"pzdr", "pzdr", "pzdr", "pzdr"}};
-  return kStems[index / 4][index % 4];
-}
-
-inline AfmFile readAfm(const std::string& stem) {
+inline AfmFile readAfm(int index) {
+  static const char* const kStems[11] = {"pagk8a pagd8a pagko8a pagdo8a",
+                                         "pbkl8a pbkd8a pbkli8a pbkdi8a",
+                                         "pcrr8a pcrb8a pcrro8a pcrbo8a",
+                                         "phvr8a phvb8a phvro8a phvbo8a",
+                                         "phvr8an phvb8an phvro8an phvbo8an",
+                                         "pncr8a pncb8a pncri8a pncbi8a",
+                                         "pplr8a pplb8a pplri8a pplbi8a",
+                                         "psyr psyr psyr psyr",
+                                         "ptmr8a ptmb8a ptmri8a ptmbi8a",
+                                         "pzcmi8a pzcmi8a pzcmi8a pzcmi8a",
+                                         "pzdr pzdr pzdr pzdr"};
+  std::istringstream stems(kStems[index / 4]);
+  std::string stem;
+  for (int k = 0; k <= index % 4; ++k) stems >> stem;
   const char* env = std::getenv("QVGUI_AFM_DIR");
-  const std::string dir = env != nullptr ? env : "/usr/share/matplotlib/mpl-data/fonts/afm";
-  std::ifstream in(dir + "/" + stem + ".afm");
+  std::ifstream in(std::string(env != nullptr ? env : "/usr/share/matplotlib/mpl-data/fonts/afm") + "/" +
+                   stem + ".afm");
   AfmFile f;
   f.loaded = static_cast<bool>(in);
-  std::string line;
-  while (std::getline(in, line)) {
+  double ignored;
+  for (std::string line; std::getline(in, line);) {
     std::istringstream ls(line);
-    std::string key;
+    std::string key, a, b;
     ls >> key;
     if (key == "Ascender") ls >> f.ascender;
     if (key == "Descender") ls >> f.descender;
     if (key == "CapHeight") ls >> f.capHeight;
-    if (key == "FontBBox") {
-      double llx, urx;
-      ls >> llx >> f.bboxLly >> urx >> f.bboxUry;
-    }
-    if (key == "KPX") {
-      std::string a, b;
-      double v;
-      ls >> a >> b >> v;
-      f.kern[{a, b}] = v;
-    }
+    if (key == "FontBBox") ls >> ignored >> f.bboxLly >> ignored >> f.bboxUry;
+    if (key == "KPX" && ls >> a >> b >> ignored) f.kern[{a, b}] = ignored;
     if (key != "C") continue;
-    // C code ; WX w ; N name ; B llx lly urx ury ; ...
-    AfmGlyph g;
-    std::string name, item;
+    AfmGlyph g;  // C code ; WX w ; N name ; B llx lly urx ury ; ...
     ls >> g.code;
-    while (ls >> item) {
+    for (std::string item; ls >> item;) {
       if (item == "WX") ls >> g.wx;
-      if (item == "N") ls >> name;
+      if (item == "N") ls >> a;
       if (item == "B") ls >> g.llx >> g.lly >> g.urx >> g.ury;
     }
-    f.glyphs[name] = g;
+    f.glyphs[a] = g;
+    if (g.code >= 0) f.names[g.code] = a;
   }
   return f;
 }
 
 inline const AfmFile& afm(int index) {
-  static std::map<std::string, AfmFile> cache;
-  const std::string stem = afmStem(index);
-  auto it = cache.find(stem);
-  if (it == cache.end()) it = cache.emplace(stem, readAfm(stem)).first;
+  static std::map<int, AfmFile> cache;
+  auto it = cache.find(index);
+  if (it == cache.end()) it = cache.emplace(index, readAfm(index)).first;
   return it->second;
 }
 
-// Glyph names of ISO Latin-1 codes 32..126.
-inline const char* latin1Name(unsigned char code) {
-  static const char* const kNames[95] = {"space",       "exclam",
-                                         "quotedbl",    "numbersign",
-                                         "dollar",      "percent",
-                                         "ampersand",   "quotesingle",
-                                         "parenleft",   "parenright",
-                                         "asterisk",    "plus",
-                                         "comma",       "hyphen",
-                                         "period",      "slash",
-                                         "zero",        "one",
-                                         "two",         "three",
-                                         "four",        "five",
-                                         "six",         "seven",
-                                         "eight",       "nine",
-                                         "colon",       "semicolon",
-                                         "less",        "equal",
-                                         "greater",     "question",
-                                         "at",          "A",
-                                         "B",           "C",
-                                         "D",           "E",
-                                         "F",           "G",
-                                         "H",           "I",
-                                         "J",           "K",
-                                         "L",           "M",
-                                         "N",           "O",
-                                         "P",           "Q",
-                                         "R",           "S",
-                                         "T",           "U",
-                                         "V",           "W",
-                                         "X",           "Y",
-                                         "Z",           "bracketleft",
-                                         "backslash",   "bracketright",
-                                         "asciicircum", "underscore",
-                                         "grave",       "a",
-                                         "b",           "c",
-                                         "d",           "e",
-                                         "f",           "g",
-                                         "h",           "i",
-                                         "j",           "k",
-                                         "l",           "m",
-                                         "n",           "o",
-                                         "p",           "q",
-                                         "r",           "s",
-                                         "t",           "u",
-                                         "v",           "w",
-                                         "x",           "y",
-                                         "z",           "braceleft",
-                                         "bar",         "braceright",
-                                         "asciitilde"};
-  return code >= 32 && code <= 126 ? kNames[code - 32] : "";
+// Printable ASCII in ISO Latin-1 is the text faces' own encoding but for the
+// two quotes.
+inline std::string latin1Name(int index, char c) {
+  return c == '\'' ? "quotesingle" : c == '`' ? "grave" : afm(index).names.at(static_cast<unsigned char>(c));
 }
 
-// Width in thousandths of ASCII text in a text face: advances plus the KPX
-// of each consecutive pair, looked up by glyph name.
+// Advances plus the KPX of each consecutive pair, in thousandths.
 inline double referenceWidth(int index, const std::string& ascii) {
   const AfmFile& f = afm(index);
   double w = 0;
   for (std::size_t k = 0; k < ascii.size(); ++k) {
-    const std::string name = latin1Name(static_cast<unsigned char>(ascii[k]));
+    const std::string name = latin1Name(index, ascii[k]);
     w += f.glyphs.at(name).wx;
     if (k > 0) {
-      auto it = f.kern.find({latin1Name(static_cast<unsigned char>(ascii[k - 1])), name});
+      auto it = f.kern.find({latin1Name(index, ascii[k - 1]), name});
       if (it != f.kern.end()) w += it->second;
     }
   }

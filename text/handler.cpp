@@ -48,6 +48,17 @@ Font FontFactory::make(const StringProps& props) {
 
 Font FontFactory::symbol(double size) noexcept { return Font(28, size); }
 
+StringProps FontFactory::propsFor(zrFont* font) {
+  StringProps p;
+  if (font == nullptr) return p;
+  const char* name = font->getSystemName();
+  p.faceName = name != nullptr ? name : "";
+  p.weight = font->getWeight();
+  p.angle = font->getAngle();
+  p.size = positiveOr(font->getPointSize(), 10.0);
+  return p;
+}
+
 // ---- TextHandler ---------------------------------------------------------------
 
 TextError TextHandler::validate(std::string_view text) const {

@@ -388,6 +388,11 @@ class QVGUI_API FontFactory {
   [[nodiscard]] static Font make(const char* faceName, int weight, int angle, double size);
   [[nodiscard]] static Font make(const StringProps& props);
   [[nodiscard]] static Font symbol(double size) noexcept;
+  // Layout properties of a font record: its system name, weight and angle,
+  // and its size in points by getPointSize, so a pending conversion runs
+  // through the font proxy; a size not known yet counts as 10. A null record
+  // gives the defaults.
+  [[nodiscard]] static StringProps propsFor(zrFont* font);
 };
 
 // The interpreter's output: a flat list of drawing steps. Glyphs atoms carry
