@@ -332,6 +332,7 @@ namespace gui_objects::font {
 // counterclockwise as seen on the screen: (x, y) -> (x cos + y sin,
 // -x sin + y cos) in y-down coordinates.
 
+// A value outside the enumeration counts as Plain.
 enum class TextKind : int { Plain = 0, Tex = 1, Latex = 2 };
 
 // No error: offset is npos and the message empty.
