@@ -175,6 +175,21 @@ TEST(TextLayout, RotationTurnsTheAlignedBoxAboutTheAnchor) {
   }
 }
 
+TEST(TextLayout, FontMeasuresInPoints) {
+  const Font times = FontFactory::make("Times", 1, 1, 20);
+  const text_test::AfmFile& f = afm(34);
+  EXPECT_EQ(times.afmIndex(), 34);
+  EXPECT_NEAR(times.width("AWAY, Tom"), referenceWidth(34, "AWAY, Tom") / 50, 1e-9);
+  EXPECT_NEAR(times.ascent() + times.descent(), (f.ascender - f.descender) / 50, 1e-9);
+  EXPECT_NEAR(times.capHeight(), f.capHeight / 50, 1e-9);
+  EXPECT_NEAR(times.boxHeight(), (f.bboxUry - f.bboxLly) / 50, 1e-9);
+  const Font fallback(44, -1);
+  EXPECT_EQ(fallback.afmIndex(), 8);
+  EXPECT_EQ(fallback.size(), 10);
+  EXPECT_TRUE(FontFactory::symbol(10).isPictorial());
+  EXPECT_FALSE(times.isPictorial());
+}
+
 TEST(TextLayout, CharactersRecordsAndBadProps) {
   struct Case {
     const char* label;

@@ -67,6 +67,7 @@ TextError TextHandler::validate(std::string_view text) const {
 
 TextLayout TextHandler::layout(std::string_view text, const StringProps& props) const {
   std::vector<TextAtom> atoms;
+  atoms.reserve(8);  // a few runs and line breaks cover most labels
   TextError error = Interpreter(kind_).interpret(text, props, &atoms);
   TextLayout out = detail::layoutAtoms(atoms, props);
   out.error = std::move(error);

@@ -188,6 +188,7 @@ class Placer {
 
 TextLayout layoutAtoms(const std::vector<TextAtom>& atoms, const StringProps& props) {
   TextLayout out;
+  out.runs.reserve(atoms.size());
   Placer placer(props);
   placer.place(atoms, out);
   std::vector<Line>& lines = placer.lines();
