@@ -257,7 +257,14 @@ constexpr int kAfmFontCount = 44;  // AFM font indices 0..43
 namespace gui_objects::font {
 
 // Measuring and laying out the strings of text objects with the built-in AFM
-// metrics, for three kinds of markup:
+// metrics. A TextHandler of one kind is the entry point: validate() checks a
+// string, layout() places it. Inside, the Interpreter turns the markup into a
+// flat list of TextAtoms, and the atoms are placed with the metrics of Fonts
+// (a face at a size) that the FontFactory makes from the StringProps. The
+// result, a TextLayout, holds glyph runs ready for a back end's DrawString
+// and the boxes a figure needs for alignment and tight layout.
+//
+// Three kinds of markup:
 //
 //   Plain  the string as it is; '\n' breaks lines.
 //   Tex    the subset of TeX people write in plot labels:
@@ -278,6 +285,8 @@ namespace gui_objects::font {
 //            \, \: \; \  \quad \qquad spaces of 3/18, 4/18, 5/18, 1/3, 1, 2 em
 //            \{ \} \_ \^ \\ \% \$ \& \# \~   the character itself
 //          '%' '$' '&' '#' '~' are ordinary characters; '\n' breaks lines.
+//          As in TeX, spaces after a command word are skipped (\alpha x
+//          gives no space; write \alpha\ x or {\alpha} x).
 //   Latex  text with $..$ (or $$..$$) math. Outside math only the text
 //          commands are allowed (\bf \it \rm \textbf.. \fontsize \color,
 //          spaces and escapes); inside math also scripts and symbols, and
@@ -300,7 +309,9 @@ namespace gui_objects::font {
 // result and still lays out the whole string, recovering at each error:
 // an unknown command, a stray '}', '&' or '#', a trailing '\' or a script
 // without argument is drawn literally; groups and math left open are closed at
-// the end; a math-only construct outside math is set as math.
+// the end; a math-only construct outside math is set as math; a second
+// superscript or subscript starts a new pair; a bad \fontsize or \color
+// argument is skipped and changes nothing.
 //
 // Characters: the string is read as UTF-8, and a byte that does not start a
 // valid UTF-8 sequence stands for the Latin-1 character of that code. Code
@@ -313,9 +324,11 @@ namespace gui_objects::font {
 // Geometry: layout coordinates are device pixels at StringProps::dpi with y
 // growing downwards, relative to the anchor point of the text. Widths are the
 // AFM advances plus the kerning of consecutive characters in one run, not
-// rounded. A line's logical ascent and descent come from the face's Ascender
-// and Descender (the base face's when the face has none, as Symbol; the font
-// box when the base face has none either), raised or lowered with scripts.
+// rounded. A line's logical ascent and descent are the largest of its runs'
+// Ascender and Descender, raised or lowered with scripts, and at least the
+// base font's. Runs in Symbol or ZapfDingbats use the base face's values, so
+// symbols sit in the line of the text around them (a base face of either
+// kind uses its own, which the tables take from its font box).
 // Baselines are one line pitch apart: the base font's box height (FontBBox)
 // times lineSpacing, or more when a line's ascent plus the previous line's
 // descent need it. Every line is aligned within the block as the block is
@@ -456,7 +469,7 @@ struct TextLayout {
   Real_point corners[4]{};  // logical box after rotation: top-left, top-right, bottom-right, bottom-left
   Real_rect bounds{};       // axis-aligned bounds of the rotated logical box
   Real_rect inkBounds{};    // axis-aligned bounds of the rotated ink box
-  double rotation = 0.0;
+  double rotation = 0.0;    // degrees as laid out: 0 for a rotation that was not finite
   TextError error;
 };
 
