@@ -22,35 +22,6 @@ TextLayout tex(const std::string& s, TextKind kind = TextKind::Tex) {
   return TextHandler(kind).layout(s, p);
 }
 
-TEST(TextTex, SymbolCommandsAndCharactersUseTheSymbolFace) {
-  struct Case {
-    const char* markup;
-    const char* glyph;  // in the Symbol AFM file
-  };
-  // clang-format off
-  const Case cases[] = {
-      {"\\alpha", "alpha"}, {"\\Omega", "Omega"}, {"\\varphi", "phi1"}, {"\\Upsilon", "Upsilon1"},
-      {"\\infty", "infinity"}, {"\\pm", "plusminus"}, {"\\times", "multiply"}, {"\\leq", "lessequal"},
-      {"\\neq", "notequal"}, {"\\approx", "approxequal"}, {"\\degree", "degree"}, {"\\partial", "partialdiff"},
-      {"\\nabla", "gradient"}, {"\\int", "integral"}, {"\\sum", "summation"}, {"\\cdot", "dotmath"},
-      {"\\to", "arrowright"}, {"\\Leftarrow", "arrowdblleft"}, {"\u03BC", "mu"}, {"\u2264", "lessequal"},
-  };
-  // clang-format on
-  const text_test::AfmFile& symbol = afm(28);
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.markup);
-    const TextLayout t = tex(c.markup);
-    EXPECT_TRUE(t.error.ok()) << t.error.message;
-    ASSERT_EQ(t.runs.size(), 1u);
-    EXPECT_EQ(t.runs[0].afmIndex, 28);
-    ASSERT_EQ(t.runs[0].bytes.size(), 1u);
-    EXPECT_EQ(static_cast<unsigned char>(t.runs[0].bytes[0]), symbol.glyphs.at(c.glyph).code);
-    EXPECT_NEAR(t.width, symbol.glyphs.at(c.glyph).wx / 100, 1e-12);
-    // A symbol sits in the text face's line, not the Symbol font box.
-    EXPECT_NEAR(t.ascent, afm(12).ascender / 100, 1e-12);
-  }
-}
-
 TEST(TextTex, ScriptsShrinkShiftAndStack) {
   const double x = afm(12).glyphs.at("x").wx / 100;  // 10 pt, in points
   const double wa = afm(12).glyphs.at("a").wx * 0.007, wbc = referenceWidth(12, "bc") * 0.007;
@@ -88,25 +59,36 @@ TEST(TextTex, ScriptsShrinkShiftAndStack) {
   EXPECT_NEAR(tex("x^a").ascent, 4 + afm(12).ascender * 0.007, 1e-9);
 }
 
-TEST(TextTex, FontsColoursSpacesAndEscapes) {
+// The Symbol face's byte for a glyph name, from its AFM file.
+std::string sym(const char* glyph) {
+  return std::string(1, static_cast<char>(afm(28).glyphs.at(glyph).code));
+}
+
+TEST(TextTex, FontsSymbolsColoursAndEscapes) {
   struct Case {
     const char* markup;
     TextKind kind;
     std::vector<std::pair<std::string, int>> runs;  // bytes and AFM index
   };
+  constexpr TextKind T = TextKind::Tex, L = TextKind::Latex;
+  // clang-format off
   const Case cases[] = {
-      {"\\bf a", TextKind::Tex, {{"a", 13}}},
-      {"{\\it a}b", TextKind::Tex, {{"a", 14}, {"b", 12}}},
-      {"\\bf\\it a\\rm b", TextKind::Tex, {{"a", 15}, {"b", 12}}},
-      {"\\textbf{a}b", TextKind::Tex, {{"a", 13}, {"b", 12}}},
-      {"\\fontname{Times}a", TextKind::Tex, {{"a", 32}}},
-      {"\\{\\}\\_\\^\\\\\\%\\$", TextKind::Tex, {{"{}_^\\%$", 12}}},
-      {"50% of $5", TextKind::Tex, {{"50% of $5", 12}}},
+      {"\\bf a", T, {{"a", 13}}},                  {"{\\it a}b", T, {{"a", 14}, {"b", 12}}},
+      {"\\bf\\it a\\rm b", T, {{"a", 15}, {"b", 12}}}, {"\\textbf{a}b", T, {{"a", 13}, {"b", 12}}},
+      {"\\fontname{Times}a", T, {{"a", 32}}},      {"50% of $5", T, {{"50% of $5", 12}}},
+      {"\\{\\}\\_\\^\\\\\\%\\$", T, {{"{}_^\\%$", 12}}},
+      {"\\alpha\\Omega\\varphi\\Upsilon\\infty\\pm\\times\\leq\\neq\\approx\\degree", T,
+       {{sym("alpha") + sym("Omega") + sym("phi1") + sym("Upsilon1") + sym("infinity") + sym("plusminus") +
+         sym("multiply") + sym("lessequal") + sym("notequal") + sym("approxequal") + sym("degree"), 28}}},
+      {"\\partial\\nabla\\int\\sum\\cdot\\to\\Leftarrow\u03BC\u2264", T,
+       {{sym("partialdiff") + sym("gradient") + sym("integral") + sym("summation") + sym("dotmath") +
+         sym("arrowright") + sym("arrowdblleft") + sym("mu") + sym("lessequal"), 28}}},
+      {"1\\,\\mu m", T, {{"1", 12}, {sym("mu"), 28}, {"m", 12}}},
       // Math letters are italic unless a font command chose the shape.
-      {"$x_1$ m", TextKind::Latex, {{"x", 14}, {"1", 12}, {" m", 12}}},
-      {"$\\mathrm{d}x$", TextKind::Latex, {{"d", 12}, {"x", 14}}},
-      {"a~b % comment\nc", TextKind::Latex, {{"a b c", 12}}},
+      {"$x_1$ m", L, {{"x", 14}, {"1", 12}, {" m", 12}}}, {"$\\mathrm{d}x$", L, {{"d", 12}, {"x", 14}}},
+      {"a~b % comment\nc", L, {{"a b c", 12}}},
   };
+  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.markup);
     const TextLayout t = tex(c.markup, c.kind);
@@ -117,6 +99,9 @@ TEST(TextTex, FontsColoursSpacesAndEscapes) {
       EXPECT_EQ(t.runs[r].afmIndex, c.runs[r].second);
     }
   }
+  // A symbol measures in the Symbol face and sits in the text face's line.
+  EXPECT_NEAR(tex("\\int").width, afm(28).glyphs.at("integral").wx / 100, 1e-12);
+  EXPECT_NEAR(tex("\\int").ascent, afm(12).ascender / 100, 1e-12);
 
   const TextLayout coloured = tex("a{\\color{red}b\\color[rgb]{0.2, 0.4,1}c}d");
   ASSERT_EQ(coloured.runs.size(), 4u);
@@ -166,10 +151,6 @@ TEST(TextTex, MalformedMarkupReportsTheFirstErrorPosition) {
     EXPECT_EQ(t.error.offset, c.offset);
     EXPECT_EQ(t.error.message, e.message);
   }
-  for (const char* fine : {"", "x^{2}_i", "\\alpha\\,\\beta", "{}", "a\\\\b", "50%"})
-    EXPECT_TRUE(TextHandler(TextKind::Tex).validate(fine).ok()) << fine;
-  for (const char* fine : {"$x^{2}_i$", "{}", "$x$ and $$y$$", "a\\\\b", "\\textit{a} $b$"})
-    EXPECT_TRUE(TextHandler(TextKind::Latex).validate(fine).ok()) << fine;
   EXPECT_TRUE(TextHandler(TextKind::Plain).validate("}{\\^").ok());
 
   // Recovery draws the offending characters literally.
@@ -182,7 +163,6 @@ TEST(TextTex, MalformedMarkupReportsTheFirstErrorPosition) {
   // Hostile nesting is an error, not a stack overflow.
   const std::string deep(100000, '{');
   EXPECT_NE(TextHandler(TextKind::Tex).validate(deep).message.find("nested too deeply"), std::string::npos);
-  EXPECT_FALSE(TextHandler(TextKind::Tex).validate(std::string(100000, '^') + "x").ok());
 }
 
 TEST(TextTex, MarkupFreeTextLaysOutLikePlainText) {
