@@ -86,6 +86,7 @@ TEST(TextTex, FontsSymbolsColoursAndEscapes) {
       {"1\\,\\mu m", T, {{"1", 12}, {sym("mu"), 28}, {"m", 12}}},
       // Math letters are italic unless a font command chose the shape.
       {"$x_1$ m", L, {{"x", 14}, {"1", 12}, {" m", 12}}}, {"$\\mathrm{d}x$", L, {{"d", 12}, {"x", 14}}},
+      {"a-$-1$", L, {{"a-", 12}, {sym("minus"), 28}, {"1", 12}}},
       {"a~b % comment\nc", L, {{"a b c", 12}}},
   };
   // clang-format on

@@ -113,6 +113,8 @@ class Reader {
   void emitCodePoint(std::uint32_t cp, std::size_t at) {
     if (cp == '\t') cp = ' ';
     if (cp < 0x20 || cp == 0x7F) return;
+    // A hyphen is too short and too thin for a minus sign in a formula.
+    if (cp == '-' && math_) cp = 0x2212;
     if (cp <= 0xFF) {
       const bool italicLetter = math_ && !style_.shapeChosen && cp < 0x80 && isLetter(static_cast<char>(cp));
       emitByte(italicLetter ? style_.mathItalicAfm : style_.afm, static_cast<unsigned char>(cp), at);

@@ -291,7 +291,8 @@ namespace gui_objects::font {
 //          commands are allowed (\bf \it \rm \textbf.. \fontsize \color,
 //          spaces and escapes); inside math also scripts and symbols, and
 //          letters are set in the italic of the face unless a font command
-//          chose the shape. '%' starts a comment to the end of the line,
+//          chose the shape, and '-' is the minus sign of the Symbol face. '%' starts a comment to the end of
+//          the line,
 //          '~' is a space, '\\' and '\n' break lines, '&' and '#' are errors.
 //          There is no DVI interpreter: the string is checked as LaTeX, its
 //          '$' delimiters are dropped and it is laid out with the Tex subset.
