@@ -118,6 +118,25 @@ TEST(TextTex, FontsSymbolsColoursAndEscapes) {
   EXPECT_EQ(tex("a\\\\b").lineCount, 1);
 }
 
+TEST(TextTex, FormulasSpaceBinaryOperatorsAndRelations) {
+  auto w = [](int face, const char* glyph) { return afm(face).glyphs.at(glyph).wx / 100; };  // 10 pt
+  const double a = w(14, "a"), b = w(14, "b"), one = w(12, "one"), medium = 10.0 * 4 / 18,
+               thick = 10.0 * 5 / 18;
+  struct Case {
+    const char* markup;
+    double width;
+  };
+  const Case cases[] = {
+      {"$a+b$", a + medium + w(12, "plus") + medium + b},
+      {"$a = b$", a + thick + w(12, "equal") + thick + b},
+      {"$a\\leq-1$", a + thick + w(28, "lessequal") + thick + w(28, "minus") + one},
+      {"$(-a)$", w(12, "parenleft") + w(28, "minus") + a + w(12, "parenright")},
+      {"$a\\times\\alpha$", a + medium + w(28, "multiply") + medium + w(28, "alpha")},
+      {"$a^{b+1}$", a + (b + w(12, "plus") + one) * 0.7},
+  };
+  for (const Case& c : cases) EXPECT_NEAR(tex(c.markup, TextKind::Latex).width, c.width, 1e-9) << c.markup;
+}
+
 TEST(TextTex, MalformedMarkupReportsTheFirstErrorPosition) {
   struct Case {
     TextKind kind;

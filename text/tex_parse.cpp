@@ -115,6 +115,7 @@ class Reader {
     if (cp < 0x20 || cp == 0x7F) return;
     // A hyphen is too short and too thin for a minus sign in a formula.
     if (cp == '-' && math_) cp = 0x2212;
+    if (cp != ' ') mathSpacing(detail::mathClassOf(cp), at);
     if (cp <= 0xFF) {
       const bool italicLetter = math_ && !style_.shapeChosen && cp < 0x80 && isLetter(static_cast<char>(cp));
       emitByte(italicLetter ? style_.mathItalicAfm : style_.afm, static_cast<unsigned char>(cp), at);
@@ -125,6 +126,25 @@ class Reader {
       emitByte(kSymbolAfmIndex, static_cast<unsigned char>(code), at);
     else
       emitByte(style_.afm, '?', at);
+  }
+
+  // TeX's spacing in formulas, reduced to its common cases: a binary
+  // operator after something ordinary gets a medium space on each side (one
+  // at the start, after an operator, relation or opening is a sign and gets
+  // none), a relation a thick space on each side. Scripts keep their spacing
+  // tight and leave the class of their base in place.
+  void mathSpacing(detail::MathClass cls, std::size_t at) {
+    using detail::MathClass;
+    if (!math_ || scriptLevel_ > 0) return;
+    if (cls == MathClass::Binary && mathLast_ != MathClass::Ordinary) cls = MathClass::Ordinary;
+    double ems = 0.0;
+    if (mathLast_ == MathClass::Ordinary && cls == MathClass::Binary) ems = 4.0 / 18.0;
+    if (mathLast_ == MathClass::Binary && cls != MathClass::Relation) ems = 4.0 / 18.0;
+    if ((mathLast_ == MathClass::Ordinary && cls == MathClass::Relation) ||
+        (mathLast_ == MathClass::Relation && (cls == MathClass::Ordinary || cls == MathClass::Opening)))
+      ems = 5.0 / 18.0;
+    if (ems > 0.0) space(ems, at);
+    mathLast_ = cls;
   }
 
   void emitLiteral(std::string_view bytes, std::size_t at) {
@@ -171,6 +191,7 @@ class Reader {
       case '\n':
         ++pos_;
         step(AtomOp::LineBreak, at);
+        mathLast_ = detail::MathClass::None;
         return;
       default:
         break;
@@ -187,6 +208,10 @@ class Reader {
         case '~':
           ++pos_;
           emitCodePoint(' ', at);
+          return;
+        case ' ':
+          if (!math_) break;
+          ++pos_;  // formulas space themselves
           return;
         case '&':
         case '#':
@@ -206,6 +231,7 @@ class Reader {
     const bool dollars = pos_ + 1 < text_.size() && text_[pos_ + 1] == '$';
     if (!math_) {
       math_ = true;
+      mathLast_ = detail::MathClass::None;
       displayMath_ = dollars;
       mathOpen_ = at;
       pos_ += dollars ? 2 : 1;
@@ -277,12 +303,14 @@ class Reader {
     const Style saved = style_;
     style_.rise += (superscript ? kSuperscriptRise : -kSubscriptDrop) * style_.size;
     style_.size *= kScriptShrink;
+    ++scriptLevel_;
     if (next == '{')
       readGroup();
     else if (next == '\\')
       readCommand();
     else
       emitCodePoint(detail::decodeUtf8(text_, pos_), pos_);
+    --scriptLevel_;
     style_ = saved;
     --depth_;
   }
@@ -334,8 +362,10 @@ class Reader {
     const std::string_view name = text_.substr(start, pos_ - start);
     skipSpaces();
 
-    if (const int code = detail::symbolCodeForCommand(name); code >= 0) {
+    std::uint32_t codePoint = 0;
+    if (const int code = detail::symbolCodeForCommand(name, &codePoint); code >= 0) {
       mathOnly(at, name);
+      mathSpacing(detail::mathClassOf(codePoint), at);
       emitByte(kSymbolAfmIndex, static_cast<unsigned char>(code), at);
     } else if (name == "bf") {
       setShape(2, style_.angle);
@@ -489,6 +519,8 @@ class Reader {
   int depth_ = 0;
   bool math_ = false;
   bool displayMath_ = false;
+  int scriptLevel_ = 0;
+  detail::MathClass mathLast_ = detail::MathClass::None;
   std::size_t mathOpen_ = 0;
   Style style_;
   TextError error_;

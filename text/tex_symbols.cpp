@@ -46,13 +46,14 @@ constexpr SymbolEntry kSymbols[] = {
   {"Tau", nullptr, 0x3A4, "Tau"},           {"Upsilon", nullptr, 0x3D2, "Upsilon1"},
   {"Phi", nullptr, 0x3A6, "Phi"},           {"Chi", nullptr, 0x3A7, "Chi"},
   {"Psi", nullptr, 0x3A8, "Psi"},           {"Omega", nullptr, 0x3A9, "Omega"},
-  {"infty", nullptr, 0x221E, "infinity"},   {"pm", nullptr, 0, "plusminus"},
-  {"times", nullptr, 0, "multiply"},        {"div", nullptr, 0, "divide"},
+  {"infty", nullptr, 0x221E, "infinity"},   {"pm", nullptr, 0xB1, "plusminus"},
+  {"times", nullptr, 0xD7, "multiply"},     {"div", nullptr, 0xF7, "divide"},
   {"leq", "le", 0x2264, "lessequal"},       {"geq", "ge", 0x2265, "greaterequal"},
   {"neq", "ne", 0x2260, "notequal"},        {"approx", nullptr, 0x2248, "approxequal"},
   {"equiv", nullptr, 0x2261, "equivalence"}, {"cong", nullptr, 0x2245, "congruent"},
   {"sim", nullptr, 0x223C, "similar"},      {"propto", nullptr, 0x221D, "proportional"},
-  {"circ", "degree", 0, "degree"},          {"cdot", nullptr, 0x22C5, "dotmath"},
+  {"circ", nullptr, 0x2218, "degree"},      {"degree", nullptr, 0xB0, "degree"},
+  {"cdot", nullptr, 0x22C5, "dotmath"},
   {"bullet", nullptr, 0x2022, "bullet"},    {"ldots", "dots", 0x2026, "ellipsis"},
   {"partial", nullptr, 0x2202, "partialdiff"}, {"nabla", nullptr, 0x2207, "gradient"},
   {"int", nullptr, 0x222B, "integral"},     {"sum", nullptr, 0x2211, "summation"},
@@ -62,7 +63,7 @@ constexpr SymbolEntry kSymbols[] = {
   {"subseteq", nullptr, 0x2286, "reflexsubset"}, {"supseteq", nullptr, 0x2287, "reflexsuperset"},
   {"cup", nullptr, 0x222A, "union"},        {"cap", nullptr, 0x2229, "intersection"},
   {"forall", nullptr, 0x2200, "universal"}, {"exists", nullptr, 0x2203, "existential"},
-  {"emptyset", "varnothing", 0x2205, "emptyset"}, {"neg", "lnot", 0, "logicalnot"},
+  {"emptyset", "varnothing", 0x2205, "emptyset"}, {"neg", "lnot", 0xAC, "logicalnot"},
   {"wedge", "land", 0x2227, "logicaland"},  {"vee", "lor", 0x2228, "logicalor"},
   {"perp", nullptr, 0x22A5, "perpendicular"}, {"angle", nullptr, 0x2220, "angle"},
   {"prime", nullptr, 0x2032, "minute"},     {"aleph", nullptr, 0x2135, "aleph"},
@@ -142,10 +143,13 @@ std::uint32_t decodeUtf8(std::string_view text, std::size_t& i) noexcept {
   return cp;
 }
 
-int symbolCodeForCommand(std::string_view name) noexcept {
+int symbolCodeForCommand(std::string_view name, std::uint32_t* codePoint) noexcept {
   for (std::size_t k = 0; k < kSymbolCount; ++k) {
     const SymbolEntry& e = kSymbols[k];
-    if (name == e.command || (e.alias != nullptr && name == e.alias)) return symbolCodes()[k];
+    if (name == e.command || (e.alias != nullptr && name == e.alias)) {
+      if (codePoint != nullptr) *codePoint = e.codePoint;
+      return symbolCodes()[k];
+    }
   }
   return -1;
 }
@@ -156,6 +160,25 @@ int symbolCodeForCodePoint(std::uint32_t codePoint) noexcept {
     if (kSymbols[k].codePoint == codePoint) return symbolCodes()[k];
   return -1;
 }
+
+// clang-format off
+MathClass mathClassOf(std::uint32_t codePoint) noexcept {
+  switch (codePoint) {
+    case '=': case '<': case '>': case 0x2264: case 0x2265: case 0x2260: case 0x2248: case 0x2261:
+    case 0x2245: case 0x223C: case 0x221D: case 0x2208: case 0x2209: case 0x2282: case 0x2283:
+    case 0x2286: case 0x2287: case 0x2190: case 0x2191: case 0x2192: case 0x2193: case 0x2194:
+    case 0x21D0: case 0x21D1: case 0x21D2: case 0x21D3: case 0x21D4: case 0x22A5: case 0x2223:
+      return MathClass::Relation;
+    case '+': case 0x2212: case 0xB1: case 0xD7: case 0xF7: case 0x22C5: case 0x2022: case 0x2218:
+    case 0x222A: case 0x2229: case 0x2295: case 0x2297: case 0x2227: case 0x2228:
+      return MathClass::Binary;
+    case '(': case '[':
+      return MathClass::Opening;
+    default:
+      return MathClass::Ordinary;
+  }
+}
+// clang-format on
 
 bool colorByName(std::string_view name, Color3d* out) noexcept {
   for (const NamedColor& c : kColors)

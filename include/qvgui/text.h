@@ -291,7 +291,11 @@ namespace gui_objects::font {
 //          commands are allowed (\bf \it \rm \textbf.. \fontsize \color,
 //          spaces and escapes); inside math also scripts and symbols, and
 //          letters are set in the italic of the face unless a font command
-//          chose the shape, and '-' is the minus sign of the Symbol face. '%' starts a comment to the end of
+//          chose the shape, and '-' is the minus sign of the Symbol face.
+//          Spaces typed in math are ignored; formulas space themselves as
+//          TeX does in its common cases: 4/18 em around a binary operator
+//          (+ - \pm \times \cdot ..., none when it is a sign), 5/18 em around
+//          a relation (= < > \leq \approx \in \to ...), nothing in scripts. '%' starts a comment to the end of
 //          the line,
 //          '~' is a space, '\\' and '\n' break lines, '&' and '#' are errors.
 //          There is no DVI interpreter: the string is checked as LaTeX, its
