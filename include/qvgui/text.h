@@ -295,9 +295,9 @@ namespace gui_objects::font {
 //          Spaces typed in math are ignored; formulas space themselves as
 //          TeX does in its common cases: 4/18 em around a binary operator
 //          (+ - \pm \times \cdot ..., none when it is a sign), 5/18 em around
-//          a relation (= < > \leq \approx \in \to ...), nothing in scripts. '%' starts a comment to the end of
-//          the line,
-//          '~' is a space, '\\' and '\n' break lines, '&' and '#' are errors.
+//          a relation (= < > \leq \approx \in \to ...), nothing in scripts.
+//          '%' starts a comment to the end of the line, '~' is a space, '\\'
+//          and '\n' break lines, '&' and '#' are errors.
 //          There is no DVI interpreter: the string is checked as LaTeX, its
 //          '$' delimiters are dropped and it is laid out with the Tex subset.
 //
