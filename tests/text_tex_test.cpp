@@ -154,6 +154,7 @@ TEST(TextTex, MalformedMarkupReportsTheFirstErrorPosition) {
       {T, "ab\\", 2, "end of the string"},           {T, "x\\fontsize{-2}", 1, "positive number"},
       {T, "x\\fontsize 9", 1, "argument in braces"}, {T, "\\color{purple}x", 0, "unknown colour name 'purple'"},
       {T, "\\color[rgb]{1,0}x", 0, "three numbers"}, {T, "\\color[cmyk]{1,0,0,0}x", 6, "rgb model"},
+      {T, "a\\fontname{ }b", 1, "needs a face name"},
       {L, "$x", 0, "not closed"},                    {L, "a $x$ $y", 6, "not closed"},
       {L, "$$x$", 3, "closed with a single $"},      {L, "x^2", 1, "only in math mode"},
       {L, "$\\alpha$ \\beta", 9, "\\beta is allowed only in math mode"},

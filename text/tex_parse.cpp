@@ -378,10 +378,14 @@ class Reader {
       readStyledArgument(at, name);
     } else if (name == "fontname") {
       std::string_view arg;
-      if (readRawArgument(at, name, &arg)) {
-        style_.face.assign(arg.begin(), arg.end());
-        resolveFace();
+      if (!readRawArgument(at, name, &arg)) return;
+      // An empty name would match the first family of the face table.
+      if (arg.find_first_not_of(' ') == std::string_view::npos) {
+        fail(at, "\\fontname needs a face name");
+        return;
       }
+      style_.face.assign(arg.begin(), arg.end());
+      resolveFace();
     } else if (name == "fontsize") {
       readFontSize(at, name);
     } else if (name == "color") {
