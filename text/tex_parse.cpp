@@ -20,6 +20,7 @@ constexpr double kSubscriptDrop = 0.2;
 // Deep enough for any label; shallow enough that hostile input cannot exhaust
 // the stack through the recursive descent.
 constexpr int kMaxDepth = 200;
+constexpr double kMaxFontSize = 10000.0;
 
 bool isLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
@@ -467,8 +468,9 @@ class Reader {
     const std::string digits(arg);
     char* end = nullptr;
     const double size = std::strtod(digits.c_str(), &end);
-    if (digits.empty() || *end != '\0' || !std::isfinite(size) || size <= 0.0) {
-      fail(at, "\\fontsize needs a positive number of points, not '" + digits + "'");
+    // The cap keeps every position of a layout finite.
+    if (digits.empty() || *end != '\0' || !(size > 0.0 && size <= kMaxFontSize)) {
+      fail(at, "\\fontsize needs a number of points in (0, 10000], not '" + digits + "'");
       return;
     }
     style_.size = size;

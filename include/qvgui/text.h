@@ -280,7 +280,7 @@ namespace gui_objects::font {
 //            \bf \it \sl \rm          weight and angle for the rest of the group
 //            \textbf{..} \textit{..} \textrm{..} \mathbf \mathit \mathrm
 //            \fontname{Times}         face for the rest of the group
-//            \fontsize{14}            size in points for the rest of the group
+//            \fontsize{14}            size in points (up to 10000) for the rest of the group
 //            \color{red}  \color[rgb]{0.2,0.4,1}
 //            \, \: \; \  \quad \qquad spaces of 3/18, 4/18, 5/18, 1/3, 1, 2 em
 //            \{ \} \_ \^ \\ \% \$ \& \# \~   the character itself
