@@ -7,8 +7,6 @@ namespace gui_objects::font {
 
 namespace {
 
-double positiveOr(double v, double fallback) noexcept { return std::isfinite(v) && v > 0.0 ? v : fallback; }
-
 constexpr int kCourier = 8;
 
 }  // namespace
@@ -17,7 +15,7 @@ constexpr int kCourier = 8;
 
 Font::Font(int afmIndex, double size) noexcept
     : afmIndex_(afmIndex >= 0 && afmIndex < kAfmFontCount ? afmIndex : kCourier),
-      size_(positiveOr(size, 10.0)) {}
+      size_(detail::layoutSize(size)) {}
 
 bool Font::isPictorial() const noexcept { return detail::isPictorialFace(afmIndex_); }
 
@@ -55,7 +53,7 @@ StringProps FontFactory::propsFor(zrFont* font) {
   p.faceName = name != nullptr ? name : "";
   p.weight = font->getWeight();
   p.angle = font->getAngle();
-  p.size = positiveOr(font->getPointSize(), 10.0);
+  p.size = detail::layoutSize(font->getPointSize());
   return p;
 }
 

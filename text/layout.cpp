@@ -13,8 +13,6 @@ namespace {
 
 constexpr int kTableSet = 1;
 
-double positiveOr(double v, double fallback) noexcept { return std::isfinite(v) && v > 0.0 ? v : fallback; }
-
 struct Line {
   double width = 0.0;
   double ascent = 0.0;   // pixels above the baseline
@@ -75,7 +73,7 @@ Real_rect rotatedBounds(const Real_rect& box, const Rotation& rot, Real_point* c
 class Placer {
  public:
   explicit Placer(const StringProps& props)
-      : scale_(positiveOr(props.dpi, 72.0) / 72.0),
+      : scale_(layoutDpi(props.dpi) / 72.0),
         base_(FontFactory::make(props)),
         baseFace_(afmFaceMetrics(base_.afmIndex())) {
     newLine();
@@ -194,7 +192,7 @@ TextLayout layoutAtoms(const std::vector<TextAtom>& atoms, const StringProps& pr
   std::vector<Line>& lines = placer.lines();
   out.lineCount = static_cast<int>(lines.size());
 
-  const double pitch = placer.basePitch(positiveOr(props.lineSpacing, 1.0));
+  const double pitch = placer.basePitch(layoutLineSpacing(props.lineSpacing));
   for (std::size_t k = 1; k < lines.size(); ++k)
     lines[k].baseline = lines[k - 1].baseline + std::max(pitch, lines[k - 1].descent + lines[k].ascent);
   for (const Line& line : lines) out.width = std::max(out.width, line.width);

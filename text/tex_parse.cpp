@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qvgui/text.h"
+#include "text/layout_p.h"
 #include "text/tex_p.h"
 
 namespace gui_objects::font {
@@ -20,11 +21,8 @@ constexpr double kSubscriptDrop = 0.2;
 // Deep enough for any label; shallow enough that hostile input cannot exhaust
 // the stack through the recursive descent.
 constexpr int kMaxDepth = 200;
-constexpr double kMaxFontSize = 10000.0;
 
 bool isLetter(char c) noexcept { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
-double positiveOr(double v, double fallback) noexcept { return std::isfinite(v) && v > 0.0 ? v : fallback; }
 
 // Font, size, colour and baseline of the text being read; groups save and
 // restore it whole.
@@ -47,7 +45,7 @@ class Reader {
     style_.face = props.faceName;
     style_.weight = props.weight;
     style_.angle = props.angle;
-    style_.size = positiveOr(props.size, 10.0);
+    style_.size = detail::layoutSize(props.size);
     style_.color = props.color;
     resolveFace();
   }
@@ -469,7 +467,7 @@ class Reader {
     char* end = nullptr;
     const double size = std::strtod(digits.c_str(), &end);
     // The cap keeps every position of a layout finite.
-    if (digits.empty() || *end != '\0' || !(size > 0.0 && size <= kMaxFontSize)) {
+    if (digits.empty() || *end != '\0' || detail::layoutSize(size) != size) {
       fail(at, "\\fontsize needs a number of points in (0, 10000], not '" + digits + "'");
       return;
     }
@@ -535,7 +533,7 @@ class Reader {
 // Plain strings: every character as it is, '\n' between lines.
 void readPlain(std::string_view text, const StringProps& props, std::vector<TextAtom>* out) {
   const int afm = afmIndexFor(props.faceName.c_str(), props.weight, props.angle);
-  const double size = positiveOr(props.size, 10.0);
+  const double size = detail::layoutSize(props.size);
   TextAtom* current = nullptr;
   auto start = [&](AtomOp op, int face, std::size_t at) -> TextAtom& {
     TextAtom& a = out->emplace_back();

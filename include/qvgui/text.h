@@ -363,8 +363,8 @@ struct TextError {
 
 // What a string is laid out with. The face is resolved like guiDetermineAFMindex
 // (unknown faces measure as Courier). Weight 2 or 3 is bold, angle 1 or 2
-// slanted. A size or dpi that is not a positive finite number counts as 10 pt
-// or 72 dpi, a lineSpacing that is not, as 1.
+// slanted. A size outside (0, 10000] points counts as 10, a dpi outside
+// (0, 100000] as 72, a lineSpacing outside (0, 1000] as 1; NaN is outside.
 struct StringProps {
   std::string faceName = "Helvetica";
   double size = 10.0;  // points
@@ -379,8 +379,7 @@ struct StringProps {
 };
 
 // One AFM face at one size; all results in points. An index outside
-// 0..kAfmFontCount-1 counts as Courier, a size that is not a positive finite
-// number as 10.
+// 0..kAfmFontCount-1 counts as Courier, a size outside (0, 10000] as 10.
 class QVGUI_API Font {
  public:
   Font() noexcept = default;
