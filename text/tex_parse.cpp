@@ -88,6 +88,11 @@ class Reader {
     if (out_ != nullptr) push(op, at);
   }
 
+  void lineBreak(std::size_t at) {
+    step(AtomOp::LineBreak, at);
+    mathLast_ = detail::MathClass::None;
+  }
+
   void space(double ems, std::size_t at) {
     if (out_ != nullptr) push(AtomOp::Space, at).space = ems * style_.size;
   }
@@ -189,8 +194,7 @@ class Reader {
         return;
       case '\n':
         ++pos_;
-        step(AtomOp::LineBreak, at);
-        mathLast_ = detail::MathClass::None;
+        lineBreak(at);
         return;
       default:
         break;
@@ -402,7 +406,7 @@ class Reader {
     switch (c) {
       case '\\':
         if (latex_)
-          step(AtomOp::LineBreak, at);
+          lineBreak(at);
         else
           emitByte(style_.afm, '\\', at);
         return;
