@@ -39,52 +39,91 @@ struct Shares {
 };
 void buildShares(Shares* table);  // 512 entries
 
+// A table colour in 8-bit units less 256, so that a working value minus it
+// is already the error's index into the share table.
+struct TableColour {
+  std::int32_t red, green, blue, unused;
+};
+
+// The errors in flight along one row: the 7/16 shares for the next pixel,
+// the next row's error at x - 1 still missing pixel x's 3/16, and its error
+// at x so far (pixel x - 1's 1/16).
+struct RowErrors {
+  std::int32_t carry[3];
+  std::int32_t pending[3];
+  std::int32_t fresh[3];
+};
+
+// Pixel x of row y: reads the error carried from the row above at from[x],
+// writes the next row's finished error at into[x - 1] (into[-1] is a guard
+// cell, never read as a pixel). No multiplications or divisions.
+template <class MapEntry, class Load, class Emit>
+inline void ditherPixel(RowErrors& s, int y, int x, const std::int32_t* from, std::int32_t* into,
+                        const MapEntry* map, const TableColour* colours, const Shares* shares, Load& load,
+                        Emit& emit) {
+  std::int32_t v[3];
+  load(y, x, v);
+  const std::int32_t* const cell = from + 3 * x;
+  std::int32_t w[3];
+  for (int ch = 0; ch < 3; ++ch) {
+    const std::int32_t a = v[ch] + cell[ch] + s.carry[ch];
+    w[ch] = a < 0 ? 0 : (a > 255 ? 255 : a);
+  }
+  const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
+  emit(y, x, index);
+  const TableColour& c = colours[index];
+  const Shares* const sh[3] = {&shares[w[0] - c.red], &shares[w[1] - c.green], &shares[w[2] - c.blue]};
+  std::int32_t* const below = into + 3 * x;
+  for (int ch = 0; ch < 3; ++ch) {
+    s.carry[ch] = sh[ch]->right;
+    below[ch - 3] = s.pending[ch] + sh[ch]->belowLeft;
+    s.pending[ch] = s.fresh[ch] + sh[ch]->below;
+    s.fresh[ch] = sh[ch]->belowRight;
+  }
+}
+
+// The right-most pixel's 1/16 and 7/16 fall off the edge; its 5/16 and the
+// 3/16 of the pixel left of it finish the next row's last error.
+inline void finishRow(const RowErrors& s, int columns, std::int32_t* into) {
+  for (int ch = 0; ch < 3; ++ch) into[3 * (columns - 1) + ch] = s.pending[ch];
+}
+
 // Walks rows top to bottom and each row left to right. load(y, x, rgb) gives
 // a pixel's incoming channel values (any int; clamped here), emit(y, x, index)
-// takes its colour index. Table components are stored minus 256 so that the
-// difference is already an index into the share table; buffer holds
-// 3 * (columns + 2) ints. The loop itself has no multiplications or divisions.
-template <class Load, class Emit>
-void diffuse(int rows, int columns, const std::int32_t* map, const std::int32_t* redLess256,
-             const std::int32_t* greenLess256, const std::int32_t* blueLess256, const Shares* shares,
-             std::int32_t* buffer, Load load, Emit emit) {
-  // buffer[3 * (x + 1) + ch]: the error carried into pixel x of the current
-  // row from the row above. While pixel x is done, entries left of x already
-  // hold the next row's errors; the write to x - 1 trails the read of x.
-  std::int32_t* const row = buffer + 3;
-  for (int ch = 0; ch < 3 * (columns + 2); ++ch) buffer[ch] = 0;
-  for (int y = 0; y < rows; ++y) {
-    std::int32_t carry[3] = {0, 0, 0};    // 7/16 share for pixel x
-    std::int32_t pending[3] = {0, 0, 0};  // next row at x - 1, still missing x's 3/16
-    std::int32_t fresh[3] = {0, 0, 0};    // next row at x, so far x - 1's 1/16
-    for (int x = 0; x < columns; ++x) {
-      std::int32_t v[3];
-      load(y, x, v);
-      std::int32_t* const cell = row + 3 * x;
-      for (int ch = 0; ch < 3; ++ch) {
-        std::int32_t w = v[ch] + cell[ch] + carry[ch];
-        w = w < 0 ? 0 : (w > 255 ? 255 : w);
-        v[ch] = w;
-      }
-      const std::int32_t index = map[((v[0] >> 3) << 10) | ((v[1] >> 3) << 5) | (v[2] >> 3)];
-      emit(y, x, index);
-      const Shares& sr = shares[v[0] - redLess256[index]];
-      const Shares& sg = shares[v[1] - greenLess256[index]];
-      const Shares& sb = shares[v[2] - blueLess256[index]];
-      const Shares* s[3] = {&sr, &sg, &sb};
-      for (int ch = 0; ch < 3; ++ch) {
-        carry[ch] = s[ch]->right;
-        // x - 1 = -1 writes the guard cell, never read as a pixel.
-        cell[ch - 3] = pending[ch] + s[ch]->belowLeft;
-        pending[ch] = fresh[ch] + s[ch]->below;
-        fresh[ch] = s[ch]->belowRight;
-      }
+// takes its colour index. map holds the inverse colour map (bytes while the
+// table has at most 256 colours, so that it stays in the first-level cache);
+// buffers holds 6 * (columns + 2) ints.
+//
+// One pixel's choice waits on the error of the pixel before it, through three
+// table loads; that chain, not arithmetic, sets the speed. So rows go in pairs,
+// the second one pixel behind the first: pixel x - 1 of row y + 1 needs only
+// pixels up to x of row y, and the two chains overlap. The errors and their
+// order of addition are exactly those of a row-by-row walk.
+template <class MapEntry, class Load, class Emit>
+void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colours, const Shares* shares,
+             std::int32_t* buffers, Load load, Emit emit) {
+  const std::size_t stride = 3 * (static_cast<std::size_t>(columns) + 2);
+  for (std::size_t k = 0; k < 2 * stride; ++k) buffers[k] = 0;
+  // a: errors into the even row of a pair (and out of its odd row);
+  // b: errors from the even row into the odd row. Offset past the guard cell.
+  std::int32_t* const a = buffers + 3;
+  std::int32_t* const b = buffers + stride + 3;
+  int y = 0;
+  for (; y + 1 < rows; y += 2) {
+    RowErrors even{}, odd{};
+    ditherPixel(even, y, 0, a, b, map, colours, shares, load, emit);
+    for (int x = 1; x < columns; ++x) {
+      ditherPixel(even, y, x, a, b, map, colours, shares, load, emit);
+      ditherPixel(odd, y + 1, x - 1, b, a, map, colours, shares, load, emit);
     }
-    // The right-most pixel's 1/16 (in fresh) and 7/16 (in carry) fall off the edge.
-    if (columns > 0) {
-      for (int ch = 0; ch < 3; ++ch) row[3 * (columns - 1) + ch] = pending[ch];
-    }
-    // After the last row the buffer is simply dropped: no error leaves the image.
+    finishRow(even, columns, b);
+    ditherPixel(odd, y + 1, columns - 1, b, a, map, colours, shares, load, emit);
+    finishRow(odd, columns, a);
+  }
+  if (y < rows) {
+    // The last row's errors go nowhere: b is scratch from here on.
+    RowErrors last{};
+    for (int x = 0; x < columns; ++x) ditherPixel(last, y, x, a, b, map, colours, shares, load, emit);
   }
 }
 
