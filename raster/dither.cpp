@@ -151,7 +151,7 @@ void run(const TableBytes& t, int rows, int columns, Load load, Emit emit) {
   ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
   buildShares(shares.get());
   if (rows <= 0 || columns <= 0) return;
-  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(6 * (static_cast<std::size_t>(columns) + 2));
+  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(12 * (static_cast<std::size_t>(columns) + 2));
   if (t.n <= 256) {
     ZrBuffer<std::uint8_t> small = zrBuffer<std::uint8_t>(kInverseCells);
     for (int c = 0; c < kInverseCells; ++c) small[c] = static_cast<std::uint8_t>(map[c]);
@@ -189,20 +189,25 @@ void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t*
     const std::int32_t* const sb = blue.scale.get();
     const std::uint32_t mr = red.max, mg = green.max, mb = blue.max;
     const std::int32_t hr = red.shift, hg = green.shift, hb = blue.shift;
-    const auto load = [=](int y, int x, std::int32_t* v) {
-      const std::uint32_t p = pixels[static_cast<std::size_t>(y) * cols + static_cast<std::size_t>(x)];
-      v[0] = sr[(p >> hr) & mr];
-      v[1] = sg[(p >> hg) & mg];
-      v[2] = sb[(p >> hb) & mb];
+    const auto load = [=](int y, std::int32_t* in) {
+      const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
+      for (std::size_t x = 0; x < cols; ++x) {
+        const std::uint32_t p = row[x];
+        in[3 * x] = sr[(p >> hr) & mr];
+        in[3 * x + 1] = sg[(p >> hg) & mg];
+        in[3 * x + 2] = sb[(p >> hb) & mb];
+      }
     };
     run(colours, rows, columns, load, emit);
   } else {
     // Channels too wide for a scale table (never seen from a real display).
-    const auto load = [&](int y, int x, std::int32_t* v) {
-      const std::uint32_t p = pixels[static_cast<std::size_t>(y) * cols + static_cast<std::size_t>(x)];
-      v[0] = channelValue(p, red);
-      v[1] = channelValue(p, green);
-      v[2] = channelValue(p, blue);
+    const auto load = [&](int y, std::int32_t* in) {
+      const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
+      for (std::size_t x = 0; x < cols; ++x) {
+        in[3 * x] = channelValue(row[x], red);
+        in[3 * x + 1] = channelValue(row[x], green);
+        in[3 * x + 2] = channelValue(row[x], blue);
+      }
     };
     run(colours, rows, columns, load, emit);
   }
@@ -214,11 +219,13 @@ void DitherPixMap(unsigned char* pixels, int width, int height, const Colortable
   const TableBytes colours = tableBytes(table->fixed_data, n);
   const auto w = static_cast<std::size_t>(width);
   const TableColour* const c = colours.colours.get();
-  const auto load = [pixels, w](int y, int x, std::int32_t* v) {
-    const unsigned char* p = pixels + 4 * (static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x));
-    v[0] = p[0];
-    v[1] = p[1];
-    v[2] = p[2];
+  const auto load = [pixels, w](int y, std::int32_t* in) {
+    const unsigned char* p = pixels + 4 * static_cast<std::size_t>(y) * w;
+    for (std::size_t x = 0; x < w; ++x) {
+      in[3 * x] = p[4 * x];
+      in[3 * x + 1] = p[4 * x + 1];
+      in[3 * x + 2] = p[4 * x + 2];
+    }
   };
   const auto emit = [pixels, w, c](int y, int x, std::int32_t index) {
     unsigned char* p = pixels + 4 * (static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x));

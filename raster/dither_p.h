@@ -45,85 +45,83 @@ struct TableColour {
   std::int32_t red, green, blue, unused;
 };
 
-// The errors in flight along one row: the 7/16 shares for the next pixel,
-// the next row's error at x - 1 still missing pixel x's 3/16, and its error
-// at x so far (pixel x - 1's 1/16).
-struct RowErrors {
-  std::int32_t carry[3];
-  std::int32_t pending[3];
-  std::int32_t fresh[3];
-};
-
-// Pixel x of row y: reads the error carried from the row above at from[x],
-// writes the next row's finished error at into[x - 1] (into[-1] is a guard
-// cell, never read as a pixel). No multiplications or divisions.
-template <class MapEntry, class Load, class Emit>
-inline void ditherPixel(RowErrors& s, int y, int x, const std::int32_t* from, std::int32_t* into,
-                        const MapEntry* map, const TableColour* colours, const Shares* shares, Load& load,
-                        Emit& emit) {
-  std::int32_t v[3];
-  load(y, x, v);
-  const std::int32_t* const cell = from + 3 * x;
+// Pixel x of a row: its incoming channel values are in[3x..3x+2], the error
+// carried from the row above at from[3x..], and carry holds the 7/16 shares
+// from the pixel before. The next row's errors are accumulated in place at
+// into[x - 1] and into[x] and started at into[x + 1]; into[-1] and into[columns]
+// are guard cells, never read as pixels. No multiplications or divisions.
+template <class MapEntry>
+inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* in, const std::int32_t* from,
+                                std::int32_t* into, const MapEntry* map, const TableColour* colours,
+                                const Shares* shares) {
   std::int32_t w[3];
   for (int ch = 0; ch < 3; ++ch) {
-    const std::int32_t a = v[ch] + cell[ch] + s.carry[ch];
+    const std::int32_t a = in[3 * x + ch] + from[3 * x + ch] + carry[ch];
     w[ch] = a < 0 ? 0 : (a > 255 ? 255 : a);
   }
   const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
-  emit(y, x, index);
   const TableColour& c = colours[index];
   const Shares* const sh[3] = {&shares[w[0] - c.red], &shares[w[1] - c.green], &shares[w[2] - c.blue]};
   std::int32_t* const below = into + 3 * x;
   for (int ch = 0; ch < 3; ++ch) {
-    s.carry[ch] = sh[ch]->right;
-    below[ch - 3] = s.pending[ch] + sh[ch]->belowLeft;
-    s.pending[ch] = s.fresh[ch] + sh[ch]->below;
-    s.fresh[ch] = sh[ch]->belowRight;
+    carry[ch] = sh[ch]->right;
+    below[ch - 3] += sh[ch]->belowLeft;
+    below[ch] += sh[ch]->below;
+    below[ch + 3] = sh[ch]->belowRight;
   }
+  return index;
 }
 
-// The right-most pixel's 1/16 and 7/16 fall off the edge; its 5/16 and the
-// 3/16 of the pixel left of it finish the next row's last error.
-inline void finishRow(const RowErrors& s, int columns, std::int32_t* into) {
-  for (int ch = 0; ch < 3; ++ch) into[3 * (columns - 1) + ch] = s.pending[ch];
-}
-
-// Walks rows top to bottom and each row left to right. load(y, x, rgb) gives
-// a pixel's incoming channel values (any int; clamped here), emit(y, x, index)
-// takes its colour index. map holds the inverse colour map (bytes while the
-// table has at most 256 colours, so that it stays in the first-level cache);
-// buffers holds 6 * (columns + 2) ints.
+// Walks rows top to bottom and each row left to right. prepare(y, in) fills
+// in[3x..3x+2] with row y's incoming channel values (any int; clamped when
+// used), emit(y, x, index) takes each pixel's colour index. map holds the
+// inverse colour map (bytes while the table has at most 256 colours, so that
+// it stays in the first-level cache); buffers holds 12 * (columns + 2) ints.
 //
 // One pixel's choice waits on the error of the pixel before it, through three
 // table loads; that chain, not arithmetic, sets the speed. So rows go in pairs,
-// the second one pixel behind the first: pixel x - 1 of row y + 1 needs only
-// pixels up to x of row y, and the two chains overlap. The errors and their
+// the second kLag pixels behind the first: pixel x of row y + 1 needs only
+// pixels up to x + 1 of row y, and with some slack between them the two
+// chains overlap instead of waiting on each other. The errors and their
 // order of addition are exactly those of a row-by-row walk.
-template <class MapEntry, class Load, class Emit>
+inline constexpr int kLag = 8;
+
+template <class MapEntry, class Prepare, class Emit>
 void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colours, const Shares* shares,
-             std::int32_t* buffers, Load load, Emit emit) {
+             std::int32_t* buffers, Prepare prepare, Emit emit) {
   const std::size_t stride = 3 * (static_cast<std::size_t>(columns) + 2);
   for (std::size_t k = 0; k < 2 * stride; ++k) buffers[k] = 0;
   // a: errors into the even row of a pair (and out of its odd row);
   // b: errors from the even row into the odd row. Offset past the guard cell.
   std::int32_t* const a = buffers + 3;
   std::int32_t* const b = buffers + stride + 3;
+  std::int32_t* const inEven = buffers + 2 * stride;
+  std::int32_t* const inOdd = buffers + 3 * stride;
   int y = 0;
   for (; y + 1 < rows; y += 2) {
-    RowErrors even{}, odd{};
-    ditherPixel(even, y, 0, a, b, map, colours, shares, load, emit);
-    for (int x = 1; x < columns; ++x) {
-      ditherPixel(even, y, x, a, b, map, colours, shares, load, emit);
-      ditherPixel(odd, y + 1, x - 1, b, a, map, colours, shares, load, emit);
+    prepare(y, inEven);
+    prepare(y + 1, inOdd);
+    std::int32_t even[3] = {0, 0, 0}, odd[3] = {0, 0, 0};
+    // A row's first pixel adds into cells -1 and 0 of the next row's errors,
+    // which still hold what the row before read: start them at zero.
+    for (int k = -3; k < 3; ++k) b[k] = 0;
+    const int lead = columns < kLag ? columns : kLag;
+    for (int x = 0; x < lead; ++x) emit(y, x, ditherPixel(even, x, inEven, a, b, map, colours, shares));
+    // The even row has read a[0] and a[1]; the odd row's errors go there now.
+    for (int k = -3; k < 3; ++k) a[k] = 0;
+    for (int x = kLag; x < columns; ++x) {
+      emit(y, x, ditherPixel(even, x, inEven, a, b, map, colours, shares));
+      emit(y + 1, x - kLag, ditherPixel(odd, x - kLag, inOdd, b, a, map, colours, shares));
     }
-    finishRow(even, columns, b);
-    ditherPixel(odd, y + 1, columns - 1, b, a, map, colours, shares, load, emit);
-    finishRow(odd, columns, a);
+    for (int x = columns - lead; x < columns; ++x) {
+      emit(y + 1, x, ditherPixel(odd, x, inOdd, b, a, map, colours, shares));
+    }
   }
   if (y < rows) {
     // The last row's errors go nowhere: b is scratch from here on.
-    RowErrors last{};
-    for (int x = 0; x < columns; ++x) ditherPixel(last, y, x, a, b, map, colours, shares, load, emit);
+    prepare(y, inEven);
+    std::int32_t last[3] = {0, 0, 0};
+    for (int x = 0; x < columns; ++x) emit(y, x, ditherPixel(last, x, inEven, a, b, map, colours, shares));
   }
 }
 
