@@ -45,18 +45,19 @@ struct TableColour {
   std::int32_t red, green, blue, unused;
 };
 
-// Pixel x of a row: its incoming channel values are in[3x..3x+2], the error
+// Pixel x of a row: its incoming channel values are in[x], in[plane + x] and
+// in[2 plane + x], the error
 // carried from the row above at from[3x..], and carry holds the 7/16 shares
 // from the pixel before. The next row's errors are accumulated in place at
 // into[x - 1] and into[x] and started at into[x + 1]; into[-1] and into[columns]
 // are guard cells, never read as pixels. No multiplications or divisions.
 template <class MapEntry>
-inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* in, const std::int32_t* from,
-                                std::int32_t* into, const MapEntry* map, const TableColour* colours,
-                                const Shares* shares) {
+inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* in, std::size_t plane,
+                                const std::int32_t* from, std::int32_t* into, const MapEntry* map,
+                                const TableColour* colours, const Shares* shares) {
   std::int32_t w[3];
   for (int ch = 0; ch < 3; ++ch) {
-    const std::int32_t a = in[3 * x + ch] + from[3 * x + ch] + carry[ch];
+    const std::int32_t a = in[ch * plane + static_cast<std::size_t>(x)] + from[3 * x + ch] + carry[ch];
     w[ch] = a < 0 ? 0 : (a > 255 ? 255 : a);
   }
   const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
@@ -73,7 +74,8 @@ inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* 
 }
 
 // Walks rows top to bottom and each row left to right. prepare(y, in) fills
-// in[3x..3x+2] with row y's incoming channel values (any int; clamped when
+// in[x], in[columns + x] and in[2 columns + x] with row y's incoming red,
+// green and blue values (any int; clamped when
 // used), emit(y, x, index) takes each pixel's colour index. map holds the
 // inverse colour map (bytes while the table has at most 256 colours, so that
 // it stays in the first-level cache); buffers holds 12 * (columns + 2) ints.
@@ -90,6 +92,7 @@ template <class MapEntry, class Prepare, class Emit>
 void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colours, const Shares* shares,
              std::int32_t* buffers, Prepare prepare, Emit emit) {
   const std::size_t stride = 3 * (static_cast<std::size_t>(columns) + 2);
+  const auto plane = static_cast<std::size_t>(columns);
   for (std::size_t k = 0; k < 2 * stride; ++k) buffers[k] = 0;
   // a: errors into the even row of a pair (and out of its odd row);
   // b: errors from the even row into the odd row. Offset past the guard cell.
@@ -106,22 +109,24 @@ void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colo
     // which still hold what the row before read: start them at zero.
     for (int k = -3; k < 3; ++k) b[k] = 0;
     const int lead = columns < kLag ? columns : kLag;
-    for (int x = 0; x < lead; ++x) emit(y, x, ditherPixel(even, x, inEven, a, b, map, colours, shares));
+    for (int x = 0; x < lead; ++x)
+      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
     // The even row has read a[0] and a[1]; the odd row's errors go there now.
     for (int k = -3; k < 3; ++k) a[k] = 0;
     for (int x = kLag; x < columns; ++x) {
-      emit(y, x, ditherPixel(even, x, inEven, a, b, map, colours, shares));
-      emit(y + 1, x - kLag, ditherPixel(odd, x - kLag, inOdd, b, a, map, colours, shares));
+      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
+      emit(y + 1, x - kLag, ditherPixel(odd, x - kLag, inOdd, plane, b, a, map, colours, shares));
     }
     for (int x = columns - lead; x < columns; ++x) {
-      emit(y + 1, x, ditherPixel(odd, x, inOdd, b, a, map, colours, shares));
+      emit(y + 1, x, ditherPixel(odd, x, inOdd, plane, b, a, map, colours, shares));
     }
   }
   if (y < rows) {
     // The last row's errors go nowhere: b is scratch from here on.
     prepare(y, inEven);
     std::int32_t last[3] = {0, 0, 0};
-    for (int x = 0; x < columns; ++x) emit(y, x, ditherPixel(last, x, inEven, a, b, map, colours, shares));
+    for (int x = 0; x < columns; ++x)
+      emit(y, x, ditherPixel(last, x, inEven, plane, a, b, map, colours, shares));
   }
 }
 

@@ -119,10 +119,14 @@ std::vector<unsigned char> dither(ColorWindow& win, const Colortable_tag* t, int
 TEST(Dither, MatchesTheReferenceOnRandomImagesTablesAndFormats) {
   ColorWindow win;
   std::mt19937 rng(2024);
-  const std::vector<_TrueColorPixelInfo_tag> formats = {{255, 255, 255, 16, 8, 0},
-                                                        {31, 63, 31, 11, 5, 0},
-                                                        {1023, 1023, 1023, 20, 10, 0},
-                                                        {15, 15, 15, 0, 4, 8}};
+  const std::vector<_TrueColorPixelInfo_tag> formats = {
+      {255, 255, 255, 16, 8, 0},
+      {31, 63, 31, 11, 5, 0},
+      {1023, 1023, 1023, 20, 10, 0},
+      {15, 15, 15, 0, 4, 8},
+      // Wide channels: scale table only, and no table at all.
+      {65535, 255, 255, 0, 16, 24},
+      {131071, 127, 3, 0, 17, 29}};
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   for (int run = 0; run < 300; ++run) {
     const _TrueColorPixelInfo_tag& f = formats[run % formats.size()];
