@@ -308,7 +308,8 @@ QVGUI_API void AllocatePolygonPixmap(const Polygon2* poly, qvrect* bounds, unsig
                                      unsigned char** mask);
 
 // Even-odd fill with one value per vertex, interpolated linearly along the
-// edges and across each row (Gouraud). Every edge covers its rows from its
+// edges (in double precision) and across each row (in single precision,
+// which a byte result cannot tell apart), as in Gouraud shading. Every edge covers its rows from its
 // upper end up to but not including its lower end, so the row of a polygon's
 // lowest vertex stays empty and neighbouring faces sharing an edge do not
 // overwrite each other's rows. Edges step in integer Bresenham arithmetic: on
