@@ -62,7 +62,11 @@ inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* 
   }
   const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
   const TableColour& c = colours[index];
-  const Shares* const sh[3] = {&shares[w[0] - c.red], &shares[w[1] - c.green], &shares[w[2] - c.blue]};
+  // Unsigned, so the index needs no sign extension: it lies in 1..511.
+  const auto at = [shares](std::int32_t v, std::int32_t less256) {
+    return &shares[static_cast<std::uint32_t>(v) - static_cast<std::uint32_t>(less256)];
+  };
+  const Shares* const sh[3] = {at(w[0], c.red), at(w[1], c.green), at(w[2], c.blue)};
   std::int32_t* const below = into + 3 * x;
   for (int ch = 0; ch < 3; ++ch) {
     carry[ch] = sh[ch]->right;
