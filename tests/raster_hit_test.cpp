@@ -142,6 +142,9 @@ TEST(RasterHit, ClicksOnMarkers) {
     SCOPED_TRACE(k.label);
     EXPECT_EQ(geoIsPtInMarkerTerritory(rec.window(), k.pt, k.code, 6, 1, c), k.hit);
   }
+  // Without a window the screen's 1 pixel per point applies: m = 6, reach 4.
+  EXPECT_TRUE(geoIsPtInMarkerTerritory(nullptr, {54, 50}, 1, 6, 1, c));
+  EXPECT_FALSE(geoIsPtInMarkerTerritory(nullptr, {55, 50}, 1, 6, 1, c));
 }
 
 }  // namespace

@@ -312,14 +312,16 @@ struct tagRenderCData {
 QVGUI_API void AllocatePolygonPixmap(const Polygon2* poly, qvrect* bounds, unsigned char** pixmap,
                                      unsigned char** mask);
 
-// Even-odd fill with one value per vertex, interpolated linearly along the
-// edges (in double precision) and across each row (in single precision,
-// which a byte result cannot tell apart), as in Gouraud shading. Every edge covers its rows from its
-// upper end up to but not including its lower end, so the row of a polygon's
-// lowest vertex stays empty and neighbouring faces sharing an edge do not
-// overwrite each other's rows. Edges step in integer Bresenham arithmetic: on
-// each row an edge's x is its first Bresenham pixel of that row. Vertices with
-// a missing coordinate are dropped and the polygon closes over the others.
+// Even-odd fill with one value per vertex (values[i] belongs to points[i]),
+// interpolated linearly along the edges (in double precision) and across each
+// row (in single precision, which a byte result cannot tell apart), as in
+// Gouraud shading. Every edge covers its rows from its upper end up to but not
+// including its lower end, so the row of a polygon's lowest vertex stays empty
+// and faces stacked one above the other do not both draw the row they share.
+// Edges step in integer Bresenham arithmetic: on each row an edge's x is its
+// first Bresenham pixel of that row, and each row's span includes both ends.
+// Vertices with a missing coordinate are dropped and the polygon closes over
+// the others.
 QVGUI_API void FillInterpPoly(const Polygon2* poly, const double* values, const qvrect* bounds,
                               unsigned char* pixmap, unsigned char* mask);
 
@@ -443,7 +445,8 @@ QVGUI_API void geoFindPolyBounds(const Polygon2* poly, int linewidth, qvrect* re
 // Whether a click at pt hits the marker `code` of `size` points (converted
 // with the window's wm_PixelsPerPoint) drawn at `centre` with a line width
 // in pixels. Bars and crosses are padded by one pixel. Codes outside 0 to 12
-// never hit.
+// never hit. A window without a method table or without its PixelsPerPoint
+// slot uses the screen's pixels per point (ws_GetScreenPixelsPerPoint).
 [[nodiscard]] QVGUI_API bool geoIsPtInMarkerTerritory(WinRec_tag* win, qvpoint32 pt, int code,
                                                       std::int16_t size, int linewidth, qvpoint32 centre);
 // Snaps both coordinates in place to multiples of 5: a remainder of 4 snaps
