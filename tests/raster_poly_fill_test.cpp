@@ -39,6 +39,7 @@ TEST(RasterFill, SmallShapesCoverExactPixels) {
       {"diamond: a peak fills one pixel",
        {{{2, 0}, {4, 2}, {2, 4}, {0, 2}}},
        "..#..\n.###.\n#####\n.###.\n.....\n"},
+      {"steep edge: x steps when the error is zero", {{{0, 0}, {1, 2}, {0, 2}}}, "#.\n##\n..\n"},
       {"shallow edge: first Bresenham x of the row",
        {{{0, 0}, {8, 2}, {0, 2}}},
        "#........\n###......\n.........\n"},

@@ -92,14 +92,29 @@ TEST(RasterWarp, IdentityMappingPutsEachTexelUnderItsPixel) {
   }
 }
 
-TEST(RasterWarp, EdgesWithAMissingPointAreLeftOut) {
-  Poly tri{{{0, 0}, {4, 0}, {kMissing, 4}}};  // only the top edge remains
+TEST(RasterWarp, ExactPixelsAndMissingPoints) {
+  struct Case {
+    const char* label;
+    Poly tri;
+    const char* picture;
+  };
+  const Case cases[] = {
+      // Unlike the outline, the minor coordinate moves only above zero.
+      {"steep edge holds x at a zero error", {{{0, 0}, {1, 2}, {0, 2}}}, "#.\n##\n##\n"},
+      {"edges with a missing point are left out",
+       {{{0, 0}, {4, 0}, {kMissing, 4}}},
+       "#####\n.....\n.....\n.....\n.....\n"},
+  };
   const std::vector<int> tex(1, 9);
   const double coords[3][2] = {{0, 0}, {0, 0}, {0, 0}};
-  Polygon2 v = tri.view();
-  Pixmap pm(v);
-  WarpTriangle(&v, &pm.box, nullptr, 1, 1, coords, tex.data(), 16, pm.pix, pm.mask);
-  EXPECT_EQ(pm.picture(), "#####\n.....\n.....\n.....\n.....\n");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.label);
+    Poly tri = c.tri;
+    Polygon2 v = tri.view();
+    Pixmap pm(v);
+    WarpTriangle(&v, &pm.box, nullptr, 1, 1, coords, tex.data(), 16, pm.pix, pm.mask);
+    EXPECT_EQ(pm.picture(), c.picture);
+  }
 }
 
 // ---- Sub-matrix resampling ----------------------------------------------------------
