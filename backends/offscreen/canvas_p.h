@@ -1,0 +1,70 @@
+// The state behind a canvas's window record, shared by the slot files.
+#pragma once
+
+#include <cairo.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "qvgui/offscreen.h"
+
+namespace qvgui::offscreen::detail {
+
+// The window class the canvas's records carry, so that a record can be told
+// apart from another back end's before its object pointer is trusted.
+inline constexpr int kCanvasWindowClass = 0x0ff5c;
+
+// A union of rectangles, in device pixels (left .. right - 1, top .. bottom - 1).
+struct Region {
+  std::vector<qvrect> rects;
+};
+
+struct Rgb {
+  double r = 0.0;
+  double g = 0.0;
+  double b = 0.0;
+};
+
+struct CanvasState {
+  Canvas* owner = nullptr;
+  Format format = Format::Png;
+  int width = 0;
+  int height = 0;
+  double dpi = 72.0;
+
+  cairo_surface_t* surface = nullptr;
+  cairo_t* cr = nullptr;
+  std::string document;  // the PDF or SVG bytes as Cairo writes them
+  bool finished = false;
+
+  WinRec_tag* win = nullptr;
+  winMethods_tag* methods = nullptr;
+
+  Rgb fg;
+  Rgb bg{1.0, 1.0, 1.0};
+  double lineWidthPt = 0.5;
+  LineJoins join = LINE_JOIN_MITER;
+  LineCaps cap = LINE_CAP_BUTT;
+  double penX = 0.0;  // where the back end's pen is, for LineTo
+  double penY = 0.0;
+
+  std::vector<std::unique_ptr<Region>> regions;
+
+  ~CanvasState();
+  [[nodiscard]] double pixelsPerPoint() const noexcept { return dpi / 72.0; }
+};
+
+// The state of a canvas's window; win must be a canvas's window.
+CanvasState& stateOf(WinRec_tag* win) noexcept;
+
+// Slot installers, one per topic file.
+void installDrawing(winMethods_tag* methods);
+void installClip(winMethods_tag* methods);
+
+// The pixel-centre offset of point geometry (see offscreen.h).
+inline constexpr double kCentre = 0.5;
+inline constexpr std::int32_t kMissingPoint = -32768;
+
+}  // namespace qvgui::offscreen::detail

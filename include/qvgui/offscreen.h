@@ -1,0 +1,107 @@
+// Offscreen back end: a window record whose method table draws with Cairo into
+// an image (written as PNG) or into a PDF or SVG document.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "qvgui/window.h"
+
+#if defined(_WIN32)
+#if defined(QVGUI_OFFSCREEN_BUILDING)
+#define QVGUI_OFFSCREEN_API __declspec(dllexport)
+#else
+#define QVGUI_OFFSCREEN_API __declspec(dllimport)
+#endif
+#else
+#define QVGUI_OFFSCREEN_API __attribute__((visibility("default")))
+#endif
+
+namespace qvgui::offscreen {
+
+enum class Format { Png, Pdf, Svg };
+
+// The format named by the extension of path (".png", ".pdf", ".svg", any
+// letter case). Anything else throws std::invalid_argument naming the
+// extension.
+[[nodiscard]] QVGUI_OFFSCREEN_API Format formatForPath(const std::string& path);
+
+// One pixel of the image, not premultiplied.
+struct Pixel {
+  std::uint8_t r;
+  std::uint8_t g;
+  std::uint8_t b;
+  std::uint8_t a;
+  friend bool operator==(const Pixel& x, const Pixel& y) noexcept {
+    return x.r == y.r && x.g == y.g && x.b == y.b && x.a == y.a;
+  }
+  friend bool operator!=(const Pixel& x, const Pixel& y) noexcept { return !(x == y); }
+};
+
+namespace detail {
+struct CanvasState;
+}
+
+// A drawing surface with its own window record and method table.
+//
+// Device units are pixels at the canvas's dpi, y down; the vector formats
+// keep those units and scale them to points on the page. The surface starts
+// opaque white.
+//
+// Geometry conventions of the slots:
+//   - a point (x, y), integer or not, is the centre of a pixel-sized square:
+//     lines and outlines run through x + 0.5, y + 0.5, so a one-pixel line at
+//     integer coordinates covers whole pixels;
+//   - a rectangle (qvrect) covers the pixels left .. right - 1 and
+//     top .. bottom - 1; PaintRect, PaintOval and EraseRect fill that area,
+//     FrameRect and FrameOval stroke through the centres of its outer pixels;
+//   - filled polygons use the same vertex positions as lines, so an outline
+//     drawn over its polygon lies on the polygon's edge;
+//   - the missing-point marker -32768 in integer geometry and NaN in
+//     PolyLineRP3 break a line; a polygon drops such vertices.
+//
+// Line widths are in points (wm_SetLineWidth), scaled by the pixels per point
+// (dpi / 72); zero, negative and NaN widths draw one pixel wide. Dash lengths
+// are in points times the line width. Strokes with LINE_NONE draw nothing.
+//
+// Colours: wm_SetFGColorPtr sets the pen and fill colour, wm_SetBGColorPtr
+// the colour EraseRect paints; wm_SetFigureBackgroundColor paints the whole
+// surface. wm_SetFGColor takes a pixel 0xRRGGBB.
+//
+// Clip regions are unions of rectangles owned by the canvas: a region the
+// caller never destroys is freed with the canvas.
+class QVGUI_OFFSCREEN_API Canvas {
+ public:
+  // widthPx and heightPx in 1 .. 32767, dpi finite and positive; anything else
+  // throws std::invalid_argument.
+  Canvas(Format format, int widthPx, int heightPx, double dpi);
+  ~Canvas();
+  Canvas(const Canvas&) = delete;
+  Canvas& operator=(const Canvas&) = delete;
+
+  // Pass to wm_* calls. The record lives as long as the canvas.
+  [[nodiscard]] WinRec_tag* window() const noexcept;
+  [[nodiscard]] Format format() const noexcept;
+  [[nodiscard]] int width() const noexcept;
+  [[nodiscard]] int height() const noexcept;
+  [[nodiscard]] double dpi() const noexcept;
+
+  // PNG: writes the image as it is now (drawing may go on afterwards).
+  // PDF and SVG: finishes the document on the first call and writes it; later
+  // drawing is ignored, later saves write the same document. Throws
+  // std::runtime_error naming the path when the file cannot be written.
+  void save(const std::string& path);
+
+  // The pixel at (x, y) of a PNG canvas; throws std::out_of_range outside the
+  // image and std::logic_error for a vector canvas.
+  [[nodiscard]] Pixel pixel(int x, int y) const;
+
+  // The canvas that owns win, or null when win is not a canvas's window.
+  [[nodiscard]] static Canvas* fromWindow(WinRec_tag* win) noexcept;
+
+ private:
+  std::unique_ptr<detail::CanvasState> state_;
+};
+
+}  // namespace qvgui::offscreen
