@@ -2,7 +2,7 @@
 # Installs the Debian packages the build and the test suite need, if any are missing.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ clang libclang-rt-14-dev libboost-dev libgtest-dev libgmock-dev libbenchmark-dev cppcheck
+packages=(cmake ninja-build g++ clang libclang-rt-14-dev libboost-dev libgtest-dev libgmock-dev libbenchmark-dev cppcheck python-matplotlib-data
   pkg-config libcairo2-dev libfreetype-dev libpng-dev fonts-urw-base35)
 missing=()
 for p in "${packages[@]}"; do
