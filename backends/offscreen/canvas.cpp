@@ -96,6 +96,7 @@ Canvas::Canvas(Format format, int widthPx, int heightPx, double dpi) : state_(ne
   wm_InstallDefaults(st.methods);
   detail::installDrawing(st.methods);
   detail::installClip(st.methods);
+  detail::installText(st.methods);
   st.win = wr_Create(detail::kCanvasWindowClass, &st);
   swr_winMethods(st.win, st.methods);
 }

@@ -50,6 +50,9 @@ struct CanvasState {
   double penX = 0.0;  // where the back end's pen is, for LineTo
   double penY = 0.0;
 
+  int afmIndex = 12;  // Helvetica until a font is set
+  double fontSizePt = 10.0;
+
   std::vector<std::unique_ptr<Region>> regions;
 
   ~CanvasState();
@@ -59,9 +62,12 @@ struct CanvasState {
 // The state of a canvas's window; win must be a canvas's window.
 CanvasState& stateOf(WinRec_tag* win) noexcept;
 
+inline void setSourceRgb(CanvasState& st, const Rgb& c) { cairo_set_source_rgb(st.cr, c.r, c.g, c.b); }
+
 // Slot installers, one per topic file.
 void installDrawing(winMethods_tag* methods);
 void installClip(winMethods_tag* methods);
+void installText(winMethods_tag* methods);
 
 // The pixel-centre offset of point geometry (see offscreen.h).
 inline constexpr double kCentre = 0.5;

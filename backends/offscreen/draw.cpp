@@ -11,8 +11,6 @@ namespace {
 
 // ---- Pen and fill state ---------------------------------------------------------
 
-void setSource(CanvasState& st, const Rgb& c) { cairo_set_source_rgb(st.cr, c.r, c.g, c.b); }
-
 double lineWidthPx(const CanvasState& st) {
   const double w = st.lineWidthPt * st.pixelsPerPoint();
   return std::isfinite(w) && w > 0.0 ? w : 1.0;
@@ -63,7 +61,7 @@ bool beginStroke(CanvasState& st) {
                             : st.cap == LINE_CAP_SQUARE ? CAIRO_LINE_CAP_SQUARE
                                                         : CAIRO_LINE_CAP_BUTT);
   applyDashes(st, type, w);
-  setSource(st, st.fg);
+  setSourceRgb(st, st.fg);
   return true;
 }
 
@@ -75,7 +73,7 @@ void strokePath(CanvasState& st) {
 }
 
 void fillPath(CanvasState& st, const Rgb& c) {
-  setSource(st, c);
+  setSourceRgb(st, c);
   cairo_fill(st.cr);
 }
 
@@ -102,7 +100,7 @@ void SetFigureBackgroundColor(WinRec_tag* win, Color_tag* c) {
   CanvasState& st = stateOf(win);
   cairo_save(st.cr);
   cairo_reset_clip(st.cr);
-  setSource(st, rgbOf(c));
+  setSourceRgb(st, rgbOf(c));
   cairo_paint(st.cr);
   cairo_restore(st.cr);
 }

@@ -69,8 +69,24 @@ struct CanvasState;
 // the colour EraseRect paints; wm_SetFigureBackgroundColor paints the whole
 // surface. wm_SetFGColor takes a pixel 0xRRGGBB.
 //
+// Text: wm_SetWindowFont picks the standard face the library's metrics
+// recognise for the font (guiDetermineAFMindex) at its size in points, and
+// wm_DrawString draws bytes of the metrics' second table set (ISO Latin-1 for
+// the text faces, the face's own encoding for Symbol and ZapfDingbats) with
+// the URW outlines of that face, each glyph at the advance and kerning of the
+// library's metrics: guiStringWidthDPI of a string is its drawn advance. The
+// anchor is the pen position (wm_MoveTo); wm_SetTextAlignment places the
+// string's advance box (left, centre, right) and its face's ascender, cap
+// height, middle of ascender and descender, baseline or descender on it;
+// wm_SetTextRotation turns it about the anchor, degrees counter-clockwise.
+// The measuring slots (StringWidth, StringHeight, StringDescent,
+// StringCapHeight, GetTextExtent) answer from the same metrics at the
+// canvas's dpi. Until a font is set, text is Helvetica at 10 points.
+//
 // Clip regions are unions of rectangles owned by the canvas: a region the
-// caller never destroys is freed with the canvas.
+// caller never destroys is freed with the canvas. IntersectRegions and
+// UnionRegions write into their second region. A region changed after
+// wm_SetClipRegion clips as before until it is set again.
 class QVGUI_OFFSCREEN_API Canvas {
  public:
   // widthPx and heightPx in 1 .. 32767, dpi finite and positive; anything else
