@@ -1,0 +1,76 @@
+// Helpers the rasteriser, marker and hit tests share: an owned pixmap with its
+// mask, polygons from coordinate lists, and seeded random polygons.
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <random>
+#include <vector>
+
+#include "qvgui/geometry.h"
+#include "qvgui/host.h"
+#include "qvgui/raster.h"
+
+inline std::ostream& operator<<(std::ostream& os, const qvpoint32& p) {
+  return os << '(' << p.x << ", " << p.y << ')';
+}
+inline bool operator==(const qvpoint32& a, const qvpoint32& b) { return a.x == b.x && a.y == b.y; }
+
+namespace raster_test {
+
+constexpr std::int32_t kMissing = -32768;
+
+// A polygon that owns its vertices.
+struct Poly {
+  std::vector<qvpoint32> pts;
+  Polygon2 view() { return Polygon2{pts.data(), static_cast<std::int32_t>(pts.size())}; }
+};
+
+// The buffers AllocatePolygonPixmap makes for a polygon, freed on scope exit.
+struct Pixmap {
+  qvrect box{};
+  unsigned char* pix = nullptr;
+  unsigned char* mask = nullptr;
+  explicit Pixmap(Polygon2 poly) { AllocatePolygonPixmap(&poly, &box, &pix, &mask); }
+  ~Pixmap() {
+    zrFree(pix);
+    zrFree(mask);
+  }
+  Pixmap(const Pixmap&) = delete;
+  Pixmap& operator=(const Pixmap&) = delete;
+  int width() const { return box.right - box.left + 1; }
+  int height() const { return box.bottom - box.top + 1; }
+  int stride() const { return (width() + 3) & ~3; }
+  bool written(int x, int y) const { return mask[(y - box.top) * width() + (x - box.left)] != 0; }
+  int value(int x, int y) const { return pix[(y - box.top) * stride() + (x - box.left)]; }
+  // Written pixels row by row as text ('#' written, '.' not), for readable failures.
+  std::string picture() const {
+    std::string s;
+    for (int y = box.top; y <= box.bottom; ++y) {
+      for (int x = box.left; x <= box.right; ++x) s += written(x, y) ? '#' : '.';
+      s += '\n';
+    }
+    return s;
+  }
+};
+
+// n vertices in [lo, hi]^2: a star-shaped (convex when `convex`) ring around
+// the middle, or anything at all otherwise (self-intersecting).
+inline Poly randomPolygon(std::mt19937& rng, int n, int lo, int hi, bool ordered) {
+  std::uniform_int_distribution<int> coord(lo, hi);
+  Poly p;
+  if (!ordered) {
+    for (int i = 0; i < n; ++i) p.pts.push_back(qvpoint32{coord(rng), coord(rng)});
+    return p;
+  }
+  std::uniform_real_distribution<double> radius(0.2, 1.0);
+  const double cx = (lo + hi) / 2.0, r = (hi - lo) / 2.0;
+  for (int i = 0; i < n; ++i) {
+    const double a = 2.0 * 3.14159265358979 * (i + 0.5) / n, k = radius(rng);
+    p.pts.push_back(
+        qvpoint32{static_cast<int>(cx + r * k * std::cos(a)), static_cast<int>(cx + r * k * std::sin(a))});
+  }
+  return p;
+}
+
+}  // namespace raster_test
