@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "backends/offscreen/polygon_p.h"
 #include "qvgui/offscreen.h"
 #include "qvgui/raster.h"
 
@@ -16,13 +15,17 @@ inline Color_tag rgb(double r, double g, double b) { return Color_tag{r, g, b, -
 // Owns the points of a polygon record made from x, y pairs.
 class Poly {
  public:
-  explicit Poly(std::vector<std::int32_t> xy)
-      : xy_(std::move(xy)), layout_{xy_.data(), static_cast<std::int32_t>(xy_.size() / 2)} {}
-  const Polygon2* get() const { return reinterpret_cast<const Polygon2*>(&layout_); }
+  explicit Poly(const std::vector<std::int32_t>& xy) {
+    for (std::size_t i = 0; i + 1 < xy.size(); i += 2) points_.push_back(qvpoint32{xy[i], xy[i + 1]});
+    poly_ = Polygon2{points_.data(), static_cast<std::int32_t>(points_.size())};
+  }
+  Poly(const Poly&) = delete;
+  Poly& operator=(const Poly&) = delete;
+  Polygon2* get() { return &poly_; }
 
  private:
-  std::vector<std::int32_t> xy_;
-  qvgui::offscreen::detail::PolygonLayout layout_;
+  std::vector<qvpoint32> points_;
+  Polygon2 poly_{};
 };
 
 // Ink of black on white summed over the image, in pixels: 1 per fully black pixel.

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "backends/offscreen/canvas_p.h"
-#include "backends/offscreen/polygon_p.h"
 #include "qvgui/raster.h"
 
 namespace qvgui::offscreen::detail {
@@ -260,10 +259,10 @@ void FrameRoundRect(WinRec_tag* win, const qvrect* r, int ow, int oh) {
 // Adds the polygon's present vertices as one closed ring; false when fewer
 // than two are left.
 bool polygonPath(cairo_t* cr, const Polygon2* poly) {
-  const PolygonView v = viewOf(poly);
+  if (!poly || !poly->points) return false;
   int used = 0;
-  for (std::int32_t i = 0; i < v.count; ++i) {
-    const std::int32_t x = v.xy[2 * i], y = v.xy[2 * i + 1];
+  for (std::int32_t i = 0; i < poly->count; ++i) {
+    const std::int32_t x = poly->points[i].x, y = poly->points[i].y;
     if (x == kMissingPoint || y == kMissingPoint) continue;
     if (used++ == 0)
       cairo_move_to(cr, x + kCentre, y + kCentre);
