@@ -97,6 +97,8 @@ Canvas::Canvas(Format format, int widthPx, int heightPx, double dpi) : state_(ne
   detail::installDrawing(st.methods);
   detail::installClip(st.methods);
   detail::installText(st.methods);
+  detail::installColour(st.methods);
+  detail::installShading(st.methods);
   st.win = wr_Create(detail::kCanvasWindowClass, &st);
   swr_winMethods(st.win, st.methods);
 }
@@ -113,7 +115,15 @@ void Canvas::save(const std::string& path) {
   CanvasState& st = *state_;
   if (st.format == Format::Png) {
     cairo_surface_flush(st.surface);
-    const cairo_status_t status = cairo_surface_write_to_png(st.surface, path.c_str());
+    cairo_surface_t* out = st.surface;
+    std::vector<std::uint32_t> dithered;
+    if (st.visual == VISUAL_PSEUDOCOLOR) {
+      dithered = detail::finalImage(st);
+      out = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(dithered.data()),
+                                                CAIRO_FORMAT_ARGB32, st.width, st.height, 4 * st.width);
+    }
+    const cairo_status_t status = cairo_surface_write_to_png(out, path.c_str());
+    if (out != st.surface) cairo_surface_destroy(out);
     if (status != CAIRO_STATUS_SUCCESS)
       throw std::runtime_error("cannot write \"" + path + "\": " + cairo_status_to_string(status));
     return;
@@ -147,6 +157,11 @@ Pixel Canvas::pixel(int x, int y) const {
   };
   return Pixel{channel((argb >> 16) & 0xff), channel((argb >> 8) & 0xff), channel(argb & 0xff),
                static_cast<std::uint8_t>(a)};
+}
+
+std::vector<std::uint32_t> Canvas::image() const {
+  if (state_->format != Format::Png) throw std::logic_error("a vector canvas has no pixels");
+  return detail::finalImage(*state_);
 }
 
 Canvas* Canvas::fromWindow(WinRec_tag* win) noexcept {

@@ -50,6 +50,11 @@ struct CanvasState {
   double penX = 0.0;  // where the back end's pen is, for LineTo
   double penY = 0.0;
 
+  // Colour-table mode: drawing stays in true colour and the PNG is dithered
+  // to the table's colours when it is written.
+  VisualType visual = VISUAL_TRUECOLOR;
+  Colortable_tag* table = nullptr;  // the installed table, not owned
+
   int afmIndex = 12;  // Helvetica until a font is set
   double fontSizePt = 10.0;
 
@@ -64,10 +69,21 @@ CanvasState& stateOf(WinRec_tag* win) noexcept;
 
 inline void setSourceRgb(CanvasState& st, const Rgb& c) { cairo_set_source_rgb(st.cr, c.r, c.g, c.b); }
 
+// Colour index of the combined table (colormap, then dithermap); false when
+// there is no table or the index is outside it.
+bool tableColour(const Colortable_tag* table, double index, Rgb* out) noexcept;
+
+// The image as written: in colour-table mode dithered to the installed
+// table, rows top-down, 0xAARRGGBB, straight alpha (the surface is opaque
+// unless a caller painted transparency, which dithering does not keep).
+std::vector<std::uint32_t> finalImage(CanvasState& st);
+
 // Slot installers, one per topic file.
 void installDrawing(winMethods_tag* methods);
 void installClip(winMethods_tag* methods);
 void installText(winMethods_tag* methods);
+void installColour(winMethods_tag* methods);
+void installShading(winMethods_tag* methods);
 
 // The pixel-centre offset of point geometry (see offscreen.h).
 inline constexpr double kCentre = 0.5;

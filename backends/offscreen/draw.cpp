@@ -299,9 +299,6 @@ void deviceRect(WinRec_tag* win, qvrect* out) {
 
 double PixelsPerInch(WinRec_tag* win) { return stateOf(win).dpi; }
 double PixelsPerPoint(WinRec_tag* win) { return stateOf(win).pixelsPerPoint(); }
-int GetScreenDepth(WinRec_tag*) { return 32; }
-VisualType GetVisualType(WinRec_tag*) { return VISUAL_TRUECOLOR; }
-bool IsWindowTrueColor(WinRec_tag*) { return true; }
 bool IsWindowVisible(WinRec_tag*) { return true; }
 void Flush(WinRec_tag* win) { cairo_surface_flush(stateOf(win).surface); }
 
@@ -336,9 +333,6 @@ void installDrawing(winMethods_tag* m) {
   swm_PixelWidthPerIn(m, PixelsPerInch);
   swm_PixelHeightPerIn(m, PixelsPerInch);
   swm_PixelsPerPoint(m, PixelsPerPoint);
-  swm_GetScreenDepth(m, GetScreenDepth);
-  swm_GetVisualType(m, GetVisualType);
-  swm_IsWindowTrueColor(m, IsWindowTrueColor);
   swm_IsWindowVisible(m, IsWindowVisible);
   swm_Flush(m, Flush);
 }

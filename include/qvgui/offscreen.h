@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "qvgui/window.h"
 
@@ -83,6 +84,30 @@ struct CanvasState;
 // StringCapHeight, GetTextExtent) answer from the same metrics at the
 // canvas's dpi. Until a font is set, text is Helvetica at 10 points.
 //
+// Colour modes: true colour by default, the image's 32-bit pixel format
+// (wm_GetTrueColorPixelInfo) 8 bits a channel, red at bit 16, green at 8, blue
+// at 0. wm_SetVisual(win, VISUAL_PSEUDOCOLOR) turns on colour-table mode with
+// the table given to wm_InstallColortable (or wm_InstallWindowColormap; not
+// owned, it must outlive its use): drawing stays in true colour, and the PNG
+// is dithered to the table's combined colours (dither_wrapper) when written;
+// vector documents keep the colours as drawn. wm_SetFGColormapIndex and
+// wm_ColormapIndex2ColorPtr look colours up in the installed table.
+//
+// Shaded faces: wm_FillInterpPoly and wm_DrawInterpPoly take per-vertex
+// colours, three doubles (red, green, blue in 0 .. 1) per vertex in true
+// colour and one index of the colour table (the one passed, else the
+// installed one) per vertex in colour-table mode. An image canvas runs the
+// library's rasteriser (FillInterpPolyRGB, DrawInterpPolyRGB, or the index
+// versions) and lays the pixels it wrote over the image, aliased, inside the
+// clip. A PDF canvas fills the face with a Gouraud mesh gradient (a fan of
+// triangles from the first vertex, inside the outline; in colour-table mode
+// it interpolates the vertices' colours, not their indices); an SVG canvas,
+// whose format has no such gradient, fills it flat in the mean of its
+// vertices' colours. Vector edges are one-pixel strokes with a linear
+// gradient from one end's colour to the other's. wm_WarpTriangle maps
+// a texture of colour-table indices with the rasteriser and lays the result
+// over the surface as an image in every format.
+//
 // Clip regions are unions of rectangles owned by the canvas: a region the
 // caller never destroys is freed with the canvas. IntersectRegions and
 // UnionRegions write into their second region. A region changed after
@@ -109,9 +134,14 @@ class QVGUI_OFFSCREEN_API Canvas {
   // std::runtime_error naming the path when the file cannot be written.
   void save(const std::string& path);
 
-  // The pixel at (x, y) of a PNG canvas; throws std::out_of_range outside the
+  // The pixel at (x, y) of a PNG canvas as drawn (before any dithering); throws std::out_of_range outside the
   // image and std::logic_error for a vector canvas.
   [[nodiscard]] Pixel pixel(int x, int y) const;
+
+  // The image as save writes it, row by row from the top, one 0xAARRGGBB
+  // word per pixel, not premultiplied: in colour-table mode dithered to the
+  // installed table. Throws std::logic_error for a vector canvas.
+  [[nodiscard]] std::vector<std::uint32_t> image() const;
 
   // The canvas that owns win, or null when win is not a canvas's window.
   [[nodiscard]] static Canvas* fromWindow(WinRec_tag* win) noexcept;
