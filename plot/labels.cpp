@@ -46,9 +46,9 @@ Renderer::Extent Renderer::measure(const std::string& text, const TextStyle& sty
   return lay(painter, text, style).extent;
 }
 
-void Renderer::label(const std::string& text, Pt anchor, TextHorzAlign h, TextVertAlign v,
-                     const TextStyle& style, int rotationDeg, int role) {
-  if (text.empty()) return;
+bool Renderer::label(const std::string& text, Pt anchor, TextHorzAlign h, TextVertAlign v,
+                     const TextStyle& style, int rotationDeg, int role, bool avoidTicks) {
+  if (text.empty()) return false;
   const Laid l = lay(painter, text, style);
   const Extent& e = l.extent;
   const double theta = rotationDeg * M_PI / 180.0;
@@ -72,15 +72,6 @@ void Renderer::label(const std::string& text, Pt anchor, TextHorzAlign h, TextVe
       break;
   }
   const Pt base{anchor.x + along.x * hoff - up.x * down, anchor.y + along.y * hoff - up.y * down};
-  painter.setColor(style.color);
-  for (std::size_t k = 0; k < l.runs.size(); ++k) {
-    const TextRun& run = l.runs[k];
-    const double risePx = run.rise * style.sizePt * painter.pixelsPerPoint();
-    const Pt at{base.x + along.x * l.advance[k] + up.x * risePx,
-                base.y + along.y * l.advance[k] + up.y * risePx};
-    painter.setFont(runFont(run, style));
-    painter.text(at, run.bytes, TEXT_HALIGN_LEFT, TEXT_VALIGN_BASELINE, rotationDeg);
-  }
   // The box of the laid-out text, from its four corners.
   const Pt corners[4] = {
       {base.x + up.x * e.ascent, base.y + up.y * e.ascent},
@@ -94,7 +85,24 @@ void Renderer::label(const std::string& text, Pt anchor, TextHorzAlign h, TextVe
     box.top = std::min(box.top, c.y);
     box.bottom = std::max(box.bottom, c.y);
   }
+  if (avoidTicks) {
+    for (const TextBox& other : boxes) {
+      if (other.role == kTickLabel && box.left < other.right && other.left < box.right &&
+          box.top < other.bottom && other.top < box.bottom)
+        return false;
+    }
+  }
+  painter.setColor(style.color);
+  for (std::size_t k = 0; k < l.runs.size(); ++k) {
+    const TextRun& run = l.runs[k];
+    const double risePx = run.rise * style.sizePt * painter.pixelsPerPoint();
+    const Pt at{base.x + along.x * l.advance[k] + up.x * risePx,
+                base.y + along.y * l.advance[k] + up.y * risePx};
+    painter.setFont(runFont(run, style));
+    painter.text(at, run.bytes, TEXT_HALIGN_LEFT, TEXT_VALIGN_BASELINE, rotationDeg);
+  }
   boxes.push_back(box);
+  return true;
 }
 
 void Renderer::marker(Marker m, Pt c, double sizePt, const Rgb& color, bool filled) {

@@ -347,8 +347,10 @@ void drawAxes3D(Renderer& r, Axes::Impl& axes, const Box& cell) {
       const Pt p = s.pixel(p3);
       r.painter.setColor(Rgb{0, 0, 0});
       r.painter.segment(p, {p.x + out.x * tickLen, p.y + out.y * tickLen});
-      r.label(labels[k], {p.x + out.x * (tickLen + pad), p.y + out.y * (tickLen + pad)}, h, v, tickStyle, 0,
-              kTickLabel);
+      // Axes meet at the corners of the box, where their end labels would collide.
+      if (!r.label(labels[k], {p.x + out.x * (tickLen + pad), p.y + out.y * (tickLen + pad)}, h, v, tickStyle,
+                   0, kTickLabel, true))
+        continue;
       const TextBox& b = r.boxes.back();
       reach = std::max(reach, std::fabs(out.x) > 0.35 ? b.right - b.left : b.bottom - b.top);
     }

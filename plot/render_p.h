@@ -33,9 +33,10 @@ class Renderer {
   };
   Extent measure(const std::string& text, const TextStyle& style);
   // Draws a label with its anchor aligned as asked; rotation 0 or 90 degrees
-  // (reading upwards). Records its box under `role`.
-  void label(const std::string& text, Pt anchor, TextHorzAlign h, TextVertAlign v, const TextStyle& style,
-             int rotationDeg, int role);
+  // (reading upwards). Records its box under `role`. With avoidTicks a label
+  // that would overlap a tick label already drawn is left out (false).
+  bool label(const std::string& text, Pt anchor, TextHorzAlign h, TextVertAlign v, const TextStyle& style,
+             int rotationDeg, int role, bool avoidTicks = false);
   void marker(Marker m, Pt centre, double sizePt, const Rgb& color, bool filled);
 
   [[nodiscard]] double pt(double points) const noexcept { return points * painter.pixelsPerPoint(); }
