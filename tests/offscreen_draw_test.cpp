@@ -6,6 +6,7 @@
 #include <random>
 
 #include "offscreen_test_support.h"
+#include "qvgui/text.h"
 
 namespace {
 
@@ -230,6 +231,103 @@ TEST(OffscreenDraw, DeviceQueriesAnswerForTheCanvas) {
   gui_objects::test::WindowMethodRecorder other;
   EXPECT_EQ(Canvas::fromWindow(other.window()), nullptr);
   EXPECT_EQ(Canvas::fromWindow(nullptr), nullptr);
+}
+
+}  // namespace
+
+namespace {
+
+// Input no figure should send: none of it may crash, and the canvas must
+// still draw afterwards (Cairo's errors are sticky, so one bad call could
+// otherwise blank every later one).
+TEST(OffscreenDraw, HostileInputLeavesTheCanvasUsable) {
+  struct Case {
+    const char* label;
+    void (*run)(WinRec_tag*);
+  };
+  const Case cases[] = {
+      {"huge polyline",
+       [](WinRec_tag* w) {
+         Real_point3 p[2] = {{0, 0, 0}, {1e300, -1e300, 0}};
+         wm_PolyLineRP3(w, p, 2);
+       }},
+      {"infinite width",
+       [](WinRec_tag* w) {
+         wm_SetLineWidth(w, INFINITY);
+         int x[2] = {0, 5}, y[2] = {0, 5};
+         wm_PolyLine(w, x, y, 2);
+       }},
+      {"vanishing dots",
+       [](WinRec_tag* w) {
+         wm_SetLineType(w, LINE_DOTTED);
+         wm_SetLineWidth(w, 1e-300);
+         int x[2] = {0, 5}, y[2] = {0, 5};
+         wm_PolyLine(w, x, y, 2);
+       }},
+      {"font of 1e300 points",
+       [](WinRec_tag* w) {
+         zrFont* f = create_font();
+         font_set_size(f, 1e300);
+         wm_SetWindowFont(w, f);
+         destroy_font(f);
+         wm_DrawString(w, "Hi");
+       }},
+      {"font of 1e-300 points",
+       [](WinRec_tag* w) {
+         zrFont* f = create_font();
+         font_set_size(f, 1e-300);
+         wm_SetWindowFont(w, f);
+         destroy_font(f);
+         wm_DrawString(w, "Hi");
+       }},
+      {"extreme rectangles",
+       [](WinRec_tag* w) {
+         const qvrect r{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
+         wm_PaintOval(w, &r);
+         wm_FrameRoundRect(w, &r, INT32_MAX, INT32_MIN);
+       }},
+      {"control bytes, odd rotation",
+       [](WinRec_tag* w) {
+         wm_SetTextRotation(w, INT32_MAX);
+         wm_DrawString(w, "\xff\x01\x7f");
+       }},
+      {"colour out of range",
+       [](WinRec_tag* w) {
+         Color_tag c = rgb(NAN, INFINITY, -5);
+         wm_SetFGColorPtr(w, &c);
+         const qvrect r{0, 0, 5, 5};
+         wm_PaintRect(w, &r);
+       }},
+      {"huge shaded face",
+       [](WinRec_tag* w) {
+         Poly tri({0, 0, 100000, 0, 0, 100000});
+         double rgbs[9] = {NAN, 2, -1, 0, 0, 0, 1, 1, 1};
+         wm_FillInterpPoly(w, tri.get(), rgbs, nullptr);
+         wm_DrawInterpPoly(w, tri.get(), rgbs, nullptr);
+       }},
+      {"null and empty",
+       [](WinRec_tag* w) {
+         wm_PaintPoly(w, nullptr, nullptr, nullptr);
+         wm_PolyLine(w, nullptr, nullptr, 5);
+         wm_PolyLineRP3(w, nullptr, 3);
+         wm_DrawString(w, nullptr);
+         wm_FillInterpPoly(w, nullptr, nullptr, nullptr);
+         wm_SetClipRegion(w, reinterpret_cast<void*>(&w));  // not a region of this canvas
+       }},
+  };
+  for (Format f : {Format::Png, Format::Pdf})
+    for (const Case& c : cases) {
+      SCOPED_TRACE(c.label);
+      Canvas canvas(f, 10, 10, 72.0);
+      WinRec_tag* win = canvas.window();
+      c.run(win);
+      if (f != Format::Png) continue;
+      Color_tag k = rgb(0, 0, 0);
+      wm_SetFGColorPtr(win, &k);
+      const qvrect r{1, 1, 3, 3};
+      wm_PaintRect(win, &r);
+      EXPECT_EQ(canvas.pixel(2, 2), kBlack);
+    }
 }
 
 }  // namespace

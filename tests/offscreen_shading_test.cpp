@@ -35,8 +35,9 @@ std::vector<std::uint32_t> referenceFill(Polygon2* poly, const std::vector<doubl
   for (int y = 0; y < bh; ++y)
     for (int x = 0; x < bw; ++x) {
       const int dx = b.left + x, dy = b.top + y;
+      const bool onPage = dx >= 0 && dx < w && dy >= 0 && dy < h;
       const bool inClip =
-          !clip || (dx >= clip->left && dx < clip->right && dy >= clip->top && dy < clip->bottom);
+          onPage && (!clip || (dx >= clip->left && dx < clip->right && dy >= clip->top && dy < clip->bottom));
       if (mask[std::size_t(y) * bw + x] && inClip)
         page[std::size_t(dy) * w + dx] = px[std::size_t(y) * bw + x];
     }
@@ -75,6 +76,43 @@ TEST(OffscreenShading, InterpolatedFacesMatchTheRasteriser) {
     EXPECT_EQ(canvas.image(), referenceFill(poly.get(), rgbs, 64, 64, clipped ? &clip : nullptr));
     if (region) wm_DestroyClipRegion(win, region);
   }
+}
+
+// Property: faces reaching far outside the image are cut before they reach
+// the rasteriser (whose buffers follow the face's size), and what shows is
+// what the uncut face gives: the same pixels up to a few along edges that
+// the cut's rounding moves, and colours within a few levels.
+TEST(OffscreenShading, FacesFarOutsideTheImageShowTheSame) {
+  std::mt19937 rng(9);
+  std::uniform_int_distribution<int> pos(-500, 560);
+  std::uniform_real_distribution<double> unit(0.0, 1.0);
+  int compared = 0;
+  for (int trial = 0; trial < 20; ++trial) {
+    std::vector<std::int32_t> xy;
+    std::vector<double> rgbs;
+    for (int i = 0; i < 3; ++i) {
+      xy.insert(xy.end(), {pos(rng), pos(rng)});
+      rgbs.insert(rgbs.end(), {unit(rng), unit(rng), unit(rng)});
+    }
+    Poly poly(xy);
+    Canvas canvas(Format::Png, 64, 64, 72.0);
+    wm_FillInterpPoly(canvas.window(), poly.get(), rgbs.data(), nullptr);
+    const std::vector<std::uint32_t> got = canvas.image();
+    const std::vector<std::uint32_t> want = referenceFill(poly.get(), rgbs, 64, 64, nullptr);
+    int differentCoverage = 0;
+    for (std::size_t i = 0; i < got.size(); ++i) {
+      if ((got[i] == kWhite) != (want[i] == kWhite)) {
+        ++differentCoverage;
+        continue;
+      }
+      for (int shift : {0, 8, 16})
+        ASSERT_NEAR(int((got[i] >> shift) & 0xff), int((want[i] >> shift) & 0xff), 3) << trial << " " << i;
+      ++compared;
+    }
+    SCOPED_TRACE(trial);
+    EXPECT_LE(differentCoverage, 64);  // at most a pixel per row of the image
+  }
+  EXPECT_GT(compared, 0);
 }
 
 // Edges: the outline's pixels carry the colours of their ends.

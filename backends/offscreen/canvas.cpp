@@ -23,7 +23,16 @@ CanvasState::~CanvasState() {
   if (methods) wm_Destroy(methods);
 }
 
-CanvasState& stateOf(WinRec_tag* win) noexcept { return *static_cast<CanvasState*>(gwr_Object(win)); }
+CanvasState& stateOf(WinRec_tag* win) noexcept {
+  CanvasState& st = *static_cast<CanvasState*>(gwr_Object(win));
+  if (!st.finished && cairo_status(st.cr) != CAIRO_STATUS_SUCCESS) {
+    cairo_destroy(st.cr);
+    st.cr = cairo_create(st.surface);
+    if (st.format != Format::Png) cairo_scale(st.cr, 72.0 / st.dpi, 72.0 / st.dpi);
+    applyClip(st, wm_GetLastClipRegion(win));
+  }
+  return st;
+}
 
 namespace {
 

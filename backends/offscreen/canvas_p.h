@@ -64,8 +64,14 @@ struct CanvasState {
   [[nodiscard]] double pixelsPerPoint() const noexcept { return dpi / 72.0; }
 };
 
-// The state of a canvas's window; win must be a canvas's window.
+// The state of a canvas's window; win must be a canvas's window. A drawing
+// context that an earlier call put into an error state (Cairo keeps errors
+// sticky) is replaced first, with the window's clip set again, so one bad
+// call does not blank everything after it.
 CanvasState& stateOf(WinRec_tag* win) noexcept;
+
+// Sets the clip to a region of the canvas (null or unknown: no clip).
+void applyClip(CanvasState& st, void* region);
 
 inline void setSourceRgb(CanvasState& st, const Rgb& c) { cairo_set_source_rgb(st.cr, c.r, c.g, c.b); }
 

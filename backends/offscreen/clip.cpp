@@ -87,8 +87,13 @@ bool RectInRegion(WinRec_tag* win, const qvrect* rect, void* region) {
 }
 
 // Later changes to the region take effect at the next SetClipRegion.
-void SetClipRegion(WinRec_tag* win, void* region) {
-  CanvasState& st = stateOf(win);
+void SetClipRegion(WinRec_tag* win, void* region) { applyClip(stateOf(win), region); }
+
+void* GetClipRegion(WinRec_tag* win) { return wm_GetLastClipRegion(win); }
+
+}  // namespace
+
+void applyClip(CanvasState& st, void* region) {
   cairo_new_path(st.cr);
   cairo_reset_clip(st.cr);
   if (!region) return;
@@ -100,10 +105,6 @@ void SetClipRegion(WinRec_tag* win, void* region) {
   cairo_set_fill_rule(st.cr, CAIRO_FILL_RULE_WINDING);
   cairo_clip(st.cr);
 }
-
-void* GetClipRegion(WinRec_tag* win) { return wm_GetLastClipRegion(win); }
-
-}  // namespace
 
 void installClip(winMethods_tag* m) {
   swm_CreateClipRegion(m, CreateClipRegion);

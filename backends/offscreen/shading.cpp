@@ -92,6 +92,94 @@ bool vertexColour(const CanvasState& st, const double* values, const Colortable_
   return true;
 }
 
+// ---- Keeping the rasteriser's buffers the size of the image -------------------------
+//
+// The rasteriser allocates a pixmap for the polygon's whole bounding box, so a
+// face reaching far outside the image (a surface seen from close up) would
+// cost memory in proportion to its size, not to what shows. Such a polygon is
+// cut to a frame a margin outside the image first; the vertices the cut makes
+// carry values interpolated along their edges, as the rasteriser's own edge
+// walk would give them, and the edges it adds lie outside the image.
+
+constexpr std::int32_t kRasterMargin = 64;
+
+struct ClippedPolygon {
+  std::vector<qvpoint32> points;
+  std::vector<double> values;  // `channels` per point
+  Polygon2 poly{};
+};
+
+bool fitsTheFrame(const Polygon2* poly, const qvrect& frame) {
+  for (std::int32_t i = 0; i < poly->count; ++i) {
+    const qvpoint32 p = poly->points[i];
+    if (p.x == kMissingPoint || p.y == kMissingPoint) continue;
+    if (p.x < frame.left || p.x > frame.right || p.y < frame.top || p.y > frame.bottom) return false;
+  }
+  return true;
+}
+
+// Sutherland-Hodgman against the four sides of the frame, in doubles.
+ClippedPolygon cutToFrame(const Polygon2* poly, const double* values, int channels, const qvrect& frame) {
+  struct V {
+    double x, y;
+    std::vector<double> c;
+  };
+  std::vector<V> ring;
+  for (std::int32_t i = 0; i < poly->count; ++i) {
+    const qvpoint32 p = poly->points[i];
+    if (p.x == kMissingPoint || p.y == kMissingPoint) continue;
+    ring.push_back(
+        V{double(p.x), double(p.y), std::vector<double>(values + i * channels, values + (i + 1) * channels)});
+  }
+  // Each side: the coordinate (0 x, 1 y), the limit, and which side is inside.
+  const struct {
+    int axis;
+    double limit;
+    bool keepBelow;
+  } sides[4] = {{0, double(frame.left), false},
+                {0, double(frame.right), true},
+                {1, double(frame.top), false},
+                {1, double(frame.bottom), true}};
+  for (const auto& side : sides) {
+    if (ring.empty()) break;
+    auto coord = [&](const V& v) { return side.axis == 0 ? v.x : v.y; };
+    auto inside = [&](const V& v) {
+      return side.keepBelow ? coord(v) <= side.limit : coord(v) >= side.limit;
+    };
+    std::vector<V> out;
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+      const V& a = ring[i];
+      const V& b = ring[(i + 1) % ring.size()];
+      if (inside(a)) out.push_back(a);
+      if (inside(a) != inside(b)) {
+        const double t = (side.limit - coord(a)) / (coord(b) - coord(a));
+        V cut{a.x + t * (b.x - a.x), a.y + t * (b.y - a.y), a.c};
+        for (int k = 0; k < channels; ++k) cut.c[k] = a.c[k] + t * (b.c[k] - a.c[k]);
+        out.push_back(std::move(cut));
+      }
+    }
+    ring = std::move(out);
+  }
+  ClippedPolygon clipped;
+  for (const V& v : ring) {
+    clipped.points.push_back(qvpoint32{std::int32_t(std::lround(v.x)), std::int32_t(std::lround(v.y))});
+    clipped.values.insert(clipped.values.end(), v.c.begin(), v.c.end());
+  }
+  clipped.poly = Polygon2{clipped.points.data(), std::int32_t(clipped.points.size())};
+  return clipped;
+}
+
+// The polygon and values to rasterise: the originals when they fit the
+// frame, else the cut; null when nothing of it is left.
+const Polygon2* rasterPolygon(const CanvasState& st, const Polygon2* poly, const double*& values,
+                              int channels, ClippedPolygon& storage) {
+  const qvrect frame{-kRasterMargin, -kRasterMargin, st.height + kRasterMargin, st.width + kRasterMargin};
+  if (fitsTheFrame(poly, frame)) return poly;
+  storage = cutToFrame(poly, values, channels, frame);
+  values = storage.values.data();
+  return storage.points.size() >= 2 ? &storage.poly : nullptr;
+}
+
 // ---- Vector faces ------------------------------------------------------------------
 
 struct ColouredVertex {
@@ -191,15 +279,19 @@ void FillInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Color
     flatFace(st, presentVertices(st, poly, values, table));
     return;
   }
+  ClippedPolygon storage;
+  const double* v = values;
+  poly = rasterPolygon(st, poly, v, indexed(st) ? 1 : 3, storage);
+  if (!poly) return;
   PolygonPixmap pm(poly);
   if (pm.empty()) return;
   std::vector<std::uint32_t> argb;
   if (indexed(st)) {
-    ::FillInterpPoly(poly, values, &pm.bounds(), pm.pixmap(), pm.mask());
+    ::FillInterpPoly(poly, v, &pm.bounds(), pm.pixmap(), pm.mask());
     argb = fromIndices(pm, table);
   } else {
     argb.assign(std::size_t(pm.width()) * pm.height(), 0);
-    ::FillInterpPolyRGB(poly, values, &pm.bounds(), argb.data(), pm.mask());
+    ::FillInterpPolyRGB(poly, v, &pm.bounds(), argb.data(), pm.mask());
   }
   composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
 }
@@ -212,27 +304,25 @@ void DrawInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Color
     gradientEdges(st, presentVertices(st, poly, values, table));
     return;
   }
+  ClippedPolygon storage;
+  const double* v = values;
+  poly = rasterPolygon(st, poly, v, indexed(st) ? 1 : 3, storage);
+  if (!poly) return;
   PolygonPixmap pm(poly);
   if (pm.empty()) return;
   std::vector<std::uint32_t> argb;
   if (indexed(st)) {
-    ::DrawInterpPoly(poly, values, &pm.bounds(), pm.pixmap(), pm.mask());
+    ::DrawInterpPoly(poly, v, &pm.bounds(), pm.pixmap(), pm.mask());
     argb = fromIndices(pm, table);
   } else {
     argb.assign(std::size_t(pm.width()) * pm.height(), 0);
-    ::DrawInterpPolyRGB(poly, values, &pm.bounds(), argb.data(), pm.mask());
+    ::DrawInterpPolyRGB(poly, v, &pm.bounds(), argb.data(), pm.mask());
   }
   composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
 }
 
-// Texels are indices of the table given (or the installed one); the result
-// is laid over the surface as an image in every format.
-void WarpTriangle(WinRec_tag* win, Polygon2* tri, Colortable_tag* given, unsigned long rows,
-                  unsigned long columns, wmTexCoordArray texcoords, int* texture) {
-  if (!tri || !tri->points || tri->count < 3 || !texcoords || !texture || rows == 0 || columns == 0) return;
-  CanvasState& st = stateOf(win);
-  const Colortable_tag* table = tableFor(st, given);
-  if (!table || table->combined_length < 1) return;
+void warpOne(CanvasState& st, Polygon2* tri, const Colortable_tag* table, unsigned long rows,
+             unsigned long columns, const double (*texcoords)[2], const int* texture) {
   PolygonPixmap pm(tri);
   if (pm.empty()) return;
   const int ncolours = std::min<std::int32_t>(table->combined_length, 256);
@@ -240,6 +330,32 @@ void WarpTriangle(WinRec_tag* win, Polygon2* tri, Colortable_tag* given, unsigne
                  ncolours, pm.pixmap(), pm.mask());
   std::vector<std::uint32_t> argb = fromIndices(pm, table);
   composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
+}
+
+// Texels are indices of the table given (or the installed one); the result
+// is laid over the surface as an image in every format. A triangle cut to
+// the frame becomes a fan of triangles with interpolated texture coordinates.
+void WarpTriangle(WinRec_tag* win, Polygon2* tri, Colortable_tag* given, unsigned long rows,
+                  unsigned long columns, wmTexCoordArray texcoords, int* texture) {
+  if (!tri || !tri->points || tri->count < 3 || !texcoords || !texture || rows == 0 || columns == 0) return;
+  CanvasState& st = stateOf(win);
+  const Colortable_tag* table = tableFor(st, given);
+  if (!table || table->combined_length < 1) return;
+  Polygon2 three{tri->points, 3};
+  ClippedPolygon storage;
+  const double* uv = &texcoords[0][0];
+  const Polygon2* cut = rasterPolygon(st, &three, uv, 2, storage);
+  if (cut == &three) {
+    warpOne(st, &three, table, rows, columns, texcoords, texture);
+    return;
+  }
+  if (!cut) return;
+  for (std::size_t i = 1; i + 1 < storage.points.size(); ++i) {
+    qvpoint32 pts[3] = {storage.points[0], storage.points[i], storage.points[i + 1]};
+    const double tc[3][2] = {{uv[0], uv[1]}, {uv[2 * i], uv[2 * i + 1]}, {uv[2 * i + 2], uv[2 * i + 3]}};
+    Polygon2 piece{pts, 3};
+    warpOne(st, &piece, table, rows, columns, tc, texture);
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <ft2build.h>
 #include FT_FREETYPE_H
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -154,13 +155,17 @@ double startOffset(double advance, TextHorzAlign align) {
 
 // ---- Slots --------------------------------------------------------------------
 
+// Sizes outside what a page can show are clamped, so that Cairo's font
+// matrix stays invertible.
+constexpr double kMinPointSize = 0.01;
+constexpr double kMaxPointSize = 10000.0;
+
 double pointSizeOf(zrFont* font) {
-  if (font->getUnits() == UNITS_POINTS) {
-    const double size = font->getSize();
-    if (std::isfinite(size) && size > 0.0) return size;
-  }
-  const int points = font->getPointSize();
-  return points > 0 ? points : 10.0;
+  double size = 0.0;
+  if (font->getUnits() == UNITS_POINTS) size = font->getSize();
+  if (!std::isfinite(size) || size <= 0.0) size = font->getPointSize();
+  if (!(size > 0.0)) return 10.0;
+  return std::min(std::max(size, kMinPointSize), kMaxPointSize);
 }
 
 void SetWindowFont(WinRec_tag* win, zrFont* font) {
