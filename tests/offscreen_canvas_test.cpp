@@ -109,6 +109,38 @@ TEST(OffscreenCanvas, SavesEachFormat) {
   }
 }
 
+// What save writes is what image() shows at every compression level, and
+// higher levels give smaller files.
+TEST(OffscreenCanvas, PngRoundTrip) {
+  Canvas canvas(Format::Png, 120, 90, 72.0);
+  WinRec_tag* win = canvas.window();
+  Color_tag blue = rgb(0.1, 0.2, 0.9);
+  wm_SetFGColorPtr(win, &blue);
+  wm_SetLineWidth(win, 2.5);
+  Real_point3 pts[3] = {{3.3, 80.1, 0}, {60.7, 4.2, 0}, {117.9, 77.7, 0}};
+  wm_PolyLineRP3(win, pts, 3);
+  std::size_t lastSize = 0;
+  for (int level : {0, 3, 9}) {
+    SCOPED_TRACE(level);
+    canvas.setPngCompression(level);
+    const std::string path = tempPath("round.png");
+    canvas.save(path);
+    const qvgui::offscreen::Image back = qvgui::offscreen::readPng(path);
+    const std::size_t size = readFile(path).size();
+    std::remove(path.c_str());
+    EXPECT_EQ(back.width, 120);
+    EXPECT_EQ(back.height, 90);
+    EXPECT_EQ(back.pixels, canvas.image());
+    if (lastSize) {
+      EXPECT_LT(size, lastSize);
+    }
+    lastSize = size;
+  }
+  EXPECT_THROW(canvas.setPngCompression(10), std::invalid_argument);
+  EXPECT_THROW(canvas.setPngCompression(-1), std::invalid_argument);
+  EXPECT_THROW((void)qvgui::offscreen::readPng(tempPath("missing.png")), std::runtime_error);
+}
+
 // A vector document is finished by the first save; a second save writes the
 // same bytes and drawing in between changes nothing.
 TEST(OffscreenCanvas, VectorSaveIsFinal) {

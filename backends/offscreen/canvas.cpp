@@ -123,18 +123,8 @@ double Canvas::dpi() const noexcept { return state_->dpi; }
 void Canvas::save(const std::string& path) {
   CanvasState& st = *state_;
   if (st.format == Format::Png) {
-    cairo_surface_flush(st.surface);
-    cairo_surface_t* out = st.surface;
-    std::vector<std::uint32_t> dithered;
-    if (st.visual == VISUAL_PSEUDOCOLOR) {
-      dithered = detail::finalImage(st);
-      out = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(dithered.data()),
-                                                CAIRO_FORMAT_ARGB32, st.width, st.height, 4 * st.width);
-    }
-    const cairo_status_t status = cairo_surface_write_to_png(out, path.c_str());
-    if (out != st.surface) cairo_surface_destroy(out);
-    if (status != CAIRO_STATUS_SUCCESS)
-      throw std::runtime_error("cannot write \"" + path + "\": " + cairo_status_to_string(status));
+    if (!detail::writePng(path, detail::finalImage(st), st.width, st.height, st.pngLevel))
+      throw std::runtime_error("cannot write \"" + path + "\"");
     return;
   }
   if (!st.finished) {
@@ -166,6 +156,12 @@ Pixel Canvas::pixel(int x, int y) const {
   };
   return Pixel{channel((argb >> 16) & 0xff), channel((argb >> 8) & 0xff), channel(argb & 0xff),
                static_cast<std::uint8_t>(a)};
+}
+
+void Canvas::setPngCompression(int level) {
+  if (level < 0 || level > 9)
+    throw std::invalid_argument("PNG compression level " + std::to_string(level) + " is outside 0 .. 9");
+  state_->pngLevel = level;
 }
 
 std::vector<std::uint32_t> Canvas::image() const {

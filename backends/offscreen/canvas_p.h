@@ -38,6 +38,7 @@ struct CanvasState {
   cairo_t* cr = nullptr;
   std::string document;  // the PDF or SVG bytes as Cairo writes them
   bool finished = false;
+  int pngLevel = 3;
 
   WinRec_tag* win = nullptr;
   winMethods_tag* methods = nullptr;
@@ -83,6 +84,10 @@ bool tableColour(const Colortable_tag* table, double index, Rgb* out) noexcept;
 // table, rows top-down, 0xAARRGGBB, straight alpha (the surface is opaque
 // unless a caller painted transparency, which dithering does not keep).
 std::vector<std::uint32_t> finalImage(CanvasState& st);
+
+// Writes 0xAARRGGBB pixels (straight alpha) as PNG at a zlib level 0 .. 9;
+// RGB when every pixel is opaque. False (and no file left) on failure.
+bool writePng(const std::string& path, const std::vector<std::uint32_t>& image, int w, int h, int level);
 
 // Slot installers, one per topic file.
 void installDrawing(winMethods_tag* methods);
