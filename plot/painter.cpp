@@ -10,13 +10,6 @@ namespace qvgui::plot::detail {
 
 namespace {
 
-// The polygon record the back ends read: a pointer to int32 x, y pairs, then
-// the int32 vertex count, closed implicitly.
-struct PolygonRecord {
-  std::int32_t* xy;
-  std::int32_t count;
-};
-
 LineTypes toLineType(LineStyle s) noexcept {
   switch (s) {
     case LineStyle::Solid:
@@ -87,13 +80,21 @@ void Painter::polyline(const std::vector<Pt>& pts) {
 
 void Painter::fillPolygon(const std::vector<Pt>& pts) {
   if (pts.size() < 3) return;
-  polyBuffer_.resize(2 * pts.size());
-  for (std::size_t k = 0; k < pts.size(); ++k) {
-    polyBuffer_[2 * k] = toPixel(pts[k].x);
-    polyBuffer_[2 * k + 1] = toPixel(pts[k].y);
-  }
-  PolygonRecord rec{polyBuffer_.data(), static_cast<std::int32_t>(pts.size())};
-  wm_PaintPoly(win_, reinterpret_cast<const Polygon2*>(&rec), nullptr, nullptr);
+  const Polygon2 poly = toPolygon(pts);
+  wm_PaintPoly(win_, &poly, nullptr, nullptr);
+}
+
+void Painter::fillShaded(const std::vector<Pt>& pts, std::vector<double>& rgb) {
+  if (pts.size() < 3 || rgb.size() != 3 * pts.size()) return;
+  const Polygon2 poly = toPolygon(pts);
+  wm_FillInterpPoly(win_, &poly, rgb.data(), nullptr);
+}
+
+Polygon2 Painter::toPolygon(const std::vector<Pt>& pts) {
+  polyBuffer_.resize(pts.size());
+  for (std::size_t k = 0; k < pts.size(); ++k)
+    polyBuffer_[k] = qvpoint32{toPixel(pts[k].x), toPixel(pts[k].y)};
+  return Polygon2{polyBuffer_.data(), static_cast<std::int32_t>(pts.size())};
 }
 
 void Painter::strokePolygon(const std::vector<Pt>& pts) {

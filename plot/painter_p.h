@@ -9,6 +9,7 @@
 
 #include "qvgui/geometry.h"
 #include "qvgui/plot.h"
+#include "qvgui/raster.h"
 #include "qvgui/window.h"
 
 struct Color_tag;
@@ -43,6 +44,9 @@ class Painter {
   // Filled in the current colour; vertices rounded to whole pixels.
   void fillPolygon(const std::vector<Pt>& pts);
   void strokePolygon(const std::vector<Pt>& pts);
+  // Colours interpolated across the face from three components (0..1) per
+  // vertex, by the back end's software rasteriser.
+  void fillShaded(const std::vector<Pt>& pts, std::vector<double>& rgb);
   void fillRect(double left, double top, double right, double bottom);
   void fillOval(Pt centre, double radiusPx);
   void strokeOval(Pt centre, double radiusPx);
@@ -70,7 +74,8 @@ class Painter {
   std::deque<CachedFont> fonts_;  // few distinct fonts per figure; destroyed with the painter
   const CachedFont* current_ = nullptr;
   void* clipRegion_ = nullptr;
-  std::vector<std::int32_t> polyBuffer_;
+  Polygon2 toPolygon(const std::vector<Pt>& pts);
+  std::vector<qvpoint32> polyBuffer_;
   std::vector<Real_point3> lineBuffer_;
 };
 

@@ -180,20 +180,24 @@ void drawSurface(Renderer& r, const Child& c, const Scene& s, ColorMap map) {
   }
   std::sort(faces.begin(), faces.end(), [](const Face& a, const Face& b) { return a.depth < b.depth; });
   std::vector<Pt> poly(4);
+  std::vector<double> rgb(12);
   for (const Face& f : faces) {
     const std::size_t idx[4] = {f.i + f.j * rows, f.i + 1 + f.j * rows, f.i + 1 + (f.j + 1) * rows,
                                 f.i + (f.j + 1) * rows};
     Rgb mean{0, 0, 0};
     for (int k = 0; k < 4; ++k) {
       poly[k] = s.pixel(vb[idx[k]]);
-      mean.r += lit[idx[k]].r / 4;
-      mean.g += lit[idx[k]].g / 4;
-      mean.b += lit[idx[k]].b / 4;
+      const Rgb& c = lit[idx[k]];
+      rgb[3 * k] = c.r;
+      rgb[3 * k + 1] = c.g;
+      rgb[3 * k + 2] = c.b;
+      mean.r += c.r / 4;
+      mean.g += c.g / 4;
+      mean.b += c.b / 4;
     }
-    r.painter.setColor(mean);
-    r.painter.fillPolygon(poly);
-    // A hairline in a darker shade closes the seams between whole-pixel faces
-    // and shows the mesh faintly.
+    r.painter.fillShaded(poly, rgb);
+    // A hairline a shade darker shows the mesh and smooths the rasteriser's
+    // whole-pixel face edges.
     r.painter.setColor(scaled(mean, 0.8));
     r.painter.strokePolygon(poly);
   }
