@@ -3,7 +3,8 @@
 set -euo pipefail
 
 packages=(cmake ninja-build g++ clang libclang-rt-14-dev libboost-dev libgtest-dev libgmock-dev libbenchmark-dev cppcheck python-matplotlib-data
-  pkg-config libcairo2-dev libfreetype-dev libpng-dev fonts-urw-base35)
+  pkg-config libcairo2-dev libfreetype-dev libpng-dev fonts-urw-base35
+  libcli11-dev python3-matplotlib)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
