@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "plot/render_p.h"
+#include "qvgui/raster.h"
 
 namespace qvgui::plot::detail {
 
@@ -126,20 +127,24 @@ void Renderer::marker(Marker m, Pt c, double sizePt, const Rgb& color, bool fill
       painter.segment({c.x - d, c.y + d}, {c.x + d, c.y - d});
       return;
     }
-    case Marker::Square: {
-      const double d = r * 0.85;
-      shape = {{c.x - d, c.y - d}, {c.x + d, c.y - d}, {c.x + d, c.y + d}, {c.x - d, c.y + d}};
+    case Marker::Square:
+    case Marker::Diamond:
+    case Marker::TriangleUp:
+    case Marker::TriangleDown: {
+      // The library's marker shapes, in whole pixels around the nearest pixel.
+      const int code = m == Marker::Square ? 5 : m == Marker::Diamond ? 6 : m == Marker::TriangleDown ? 7 : 8;
+      qvpoint32 points[kMarkerPolyMaxPoints];
+      Polygon2 poly{points, 0};
+      const auto size = static_cast<std::int16_t>(std::clamp(std::lround(r), 1L, 2000L));
+      geoGetMarkerPoly(
+          code, size,
+          qvpoint32{static_cast<std::int32_t>(std::lround(c.x)), static_cast<std::int32_t>(std::lround(c.y))},
+          &poly);
+      for (int k = 0; k < poly.count; ++k) shape.push_back(Pt{double(points[k].x), double(points[k].y)});
+      if (shape.size() > 3 && shape.front().x == shape.back().x && shape.front().y == shape.back().y)
+        shape.pop_back();
       break;
     }
-    case Marker::Diamond:
-      shape = {{c.x, c.y - r}, {c.x + r, c.y}, {c.x, c.y + r}, {c.x - r, c.y}};
-      break;
-    case Marker::TriangleUp:
-      shape = {{c.x, c.y - r}, {c.x + r * 0.866, c.y + r * 0.5}, {c.x - r * 0.866, c.y + r * 0.5}};
-      break;
-    case Marker::TriangleDown:
-      shape = {{c.x, c.y + r}, {c.x - r * 0.866, c.y - r * 0.5}, {c.x + r * 0.866, c.y - r * 0.5}};
-      break;
     case Marker::None:
       return;
   }

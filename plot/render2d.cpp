@@ -386,7 +386,13 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
   }
   const Map2D m(d, plot);
 
-  // Children, clipped to the plot box.
+  // Grid lines under the data, then the children clipped to the plot box.
+  if (axes.grid) {
+    r.painter.setColor(Rgb{0.85, 0.85, 0.85});
+    r.painter.setLine(0.5);
+    for (double t : d.axis[kXAxis].ticks) r.painter.segment({m.px(t), plot.top}, {m.px(t), plot.bottom});
+    for (double t : d.axis[kYAxis].ticks) r.painter.segment({plot.left, m.py(t)}, {plot.right, m.py(t)});
+  }
   r.painter.clip(plot.left, plot.top, plot.right, plot.bottom);
   bool hasFill = false;
   for (const Child& c : axes.children) hasFill = hasFill || c.kind == Kind::Filled || c.kind == Kind::Image;
@@ -411,14 +417,8 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
   }
   r.painter.unclip();
 
-  // Grid, frame and ticks.
+  // Frame and ticks.
   const Rgb black{0, 0, 0};
-  if (axes.grid) {
-    r.painter.setColor(Rgb{0.85, 0.85, 0.85});
-    r.painter.setLine(0.5);
-    for (double t : d.axis[kXAxis].ticks) r.painter.segment({m.px(t), plot.top}, {m.px(t), plot.bottom});
-    for (double t : d.axis[kYAxis].ticks) r.painter.segment({plot.left, m.py(t)}, {plot.right, m.py(t)});
-  }
   r.painter.setColor(black);
   r.painter.setLine(0.8);
   r.painter.strokePolygon(
