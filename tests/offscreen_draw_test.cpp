@@ -132,6 +132,39 @@ TEST(OffscreenDraw, PolygonFillMatchesShoelaceArea) {
   }
 }
 
+// Fills meet without seams: a polygon sharing an edge with a rectangle, and
+// two triangles sharing a diagonal, leave no paper showing along the edge.
+TEST(OffscreenDraw, AdjacentFillsTileWithoutSeams) {
+  Canvas canvas(Format::Png, 30, 30, 72.0);
+  WinRec_tag* win = canvas.window();
+  black(win);
+  const qvrect left{0, 0, 20, 10};
+  wm_PaintRect(win, &left);
+  Poly right({10, 0, 20, 0, 20, 20, 10, 20});
+  wm_PaintPoly(win, right.get(), nullptr, nullptr);
+  for (int y = 0; y < 20; ++y)
+    for (int x = 0; x < 20; ++x) ASSERT_EQ(canvas.pixel(x, y), kBlack) << x << "," << y;
+  EXPECT_EQ(canvas.pixel(20, 5), kWhite);
+  EXPECT_EQ(canvas.pixel(5, 20), kWhite);
+  EXPECT_NEAR(inkSum(canvas), 400.0, 1e-9);
+
+  // Along a diagonal, anti-aliased fills each cover part of the pixels and
+  // the paper shows through; without anti-aliasing they tile exactly.
+  for (bool antialias : {true, false}) {
+    SCOPED_TRACE(antialias);
+    Canvas diag(Format::Png, 30, 30, 72.0);
+    diag.setFillAntialias(antialias);
+    black(diag.window());
+    Poly upper({5, 5, 25, 5, 25, 25}), lower({5, 5, 25, 25, 5, 25});
+    wm_PaintPoly(diag.window(), upper.get(), nullptr, nullptr);
+    wm_PaintPoly(diag.window(), lower.get(), nullptr, nullptr);
+    if (antialias)
+      EXPECT_LT(inkSum(diag), 399.0);
+    else
+      EXPECT_NEAR(inkSum(diag), 400.0, 1e-9);
+  }
+}
+
 // Missing points break lines and drop out of polygons.
 TEST(OffscreenDraw, MissingPointsAreSkipped) {
   constexpr std::int32_t kMissing = -32768;

@@ -69,8 +69,13 @@ struct CanvasState;
 //   - a rectangle (qvrect) covers the pixels left .. right - 1 and
 //     top .. bottom - 1; PaintRect, PaintOval and EraseRect fill that area,
 //     FrameRect and FrameOval stroke through the centres of its outer pixels;
-//   - filled polygons use the same vertex positions as lines, so an outline
-//     drawn over its polygon lies on the polygon's edge;
+//   - filled polygons (PaintPoly, and shaded faces on vector canvases) put
+//     their vertices on pixel corners, as rectangle edges are, so fills that
+//     share an edge, or meet a rectangle, tile without a seam; a polygon with
+//     corners (10, 10) and (20, 20) fills the pixels 10 .. 19 like the
+//     rectangle of the same numbers. DrawPoly strokes through the centres, so
+//     a one-pixel outline covers the fill's first row and column and the row
+//     and column just past its last;
 //   - the missing-point marker -32768 in integer geometry and NaN in
 //     PolyLineRP3 break a line; a polygon drops such vertices.
 //
@@ -145,6 +150,14 @@ class QVGUI_OFFSCREEN_API Canvas {
   // drawing is ignored, later saves write the same document. Throws
   // std::runtime_error naming the path when the file cannot be written.
   void save(const std::string& path);
+
+  // Whether fills (rectangles, ovals, polygons) are anti-aliased; on by
+  // default. Two anti-aliased fills sharing a slanted edge each cover part of
+  // the pixels along it, and the paper shows through the blend as a faint
+  // seam; without anti-aliasing every pixel belongs to exactly one of them,
+  // so fills that tile an area (filled contour bands) leave none. Strokes and
+  // text stay anti-aliased.
+  void setFillAntialias(bool on) noexcept;
 
   // The zlib level of the PNG written by save, 0 (none) to 9 (smallest);
   // anything else throws std::invalid_argument. The default, 3, writes a
