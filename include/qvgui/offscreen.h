@@ -99,7 +99,8 @@ struct CanvasState;
 // wm_SetTextRotation turns it about the anchor, degrees counter-clockwise.
 // The measuring slots (StringWidth, StringHeight, StringDescent,
 // StringCapHeight, GetTextExtent) answer from the same metrics at the
-// canvas's dpi. Until a font is set, text is Helvetica at 10 points.
+// canvas's dpi. Until a font is set, text is Helvetica at 10 points; sizes
+// are clamped into 0.01 .. 10000 points.
 //
 // Colour modes: true colour by default, the image's 32-bit pixel format
 // (wm_GetTrueColorPixelInfo) 8 bits a channel, red at bit 16, green at 8, blue
@@ -123,7 +124,10 @@ struct CanvasState;
 // vertices' colours. Vector edges are one-pixel strokes with a linear
 // gradient from one end's colour to the other's. wm_WarpTriangle maps
 // a texture of colour-table indices with the rasteriser and lays the result
-// over the surface as an image in every format.
+// over the surface as an image in every format. The rasteriser's buffers
+// follow a face's bounding box, so a face reaching more than 64 pixels
+// outside the image is first cut to a frame that far outside it, with values
+// (and texture coordinates) interpolated at the cuts.
 //
 // Clip regions are unions of rectangles owned by the canvas: a region the
 // caller never destroys is freed with the canvas. IntersectRegions and
