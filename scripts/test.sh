@@ -13,7 +13,7 @@ fuzz_seconds=${QVGUI_FUZZ_SECONDS:-5}
 echo "== Static analysis (cppcheck) =="
 cppcheck --quiet --std=c++17 --language=c++ --enable=warning,performance,portability --inline-suppr \
   --error-exitcode=1 -j"$jobs" -I include -I . --suppress=missingIncludeSystem \
-  geometry clipping dataspace bridge surface raster lighting window host tools
+  geometry clipping dataspace bridge surface raster lighting window text host tools
 
 echo "== Warnings-as-errors build =="
 cmake -S . -B build/werror -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVGUI_WERROR=ON
