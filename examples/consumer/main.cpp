@@ -1,42 +1,32 @@
-// A first look at libqvgui from outside: the version texts, and data points
-// mapped to view coordinates through a Transformer.
+// A first figure with libqvgui from outside its build: a damped oscillation
+// drawn with the figure layer and written as PNG (or PDF, SVG by extension).
 #include <qvgui/geometry.h>
+#include <qvgui/plot.h>
 
+#include <cmath>
+#include <filesystem>
 #include <iostream>
+#include <string>
+#include <vector>
 
-namespace {
-
-const char* modeName(gui_objects::Transformer::TransformMode mode) {
-  switch (mode) {
-    case gui_objects::Transformer::Identity: return "Identity";
-    case gui_objects::Transformer::ScaleOffset: return "ScaleOffset";
-    case gui_objects::Transformer::Affine: return "Affine";
-    case gui_objects::Transformer::General: return "General";
-  }
-  return "?";
-}
-
-void show(const char* label, const gui_objects::Matrix4x4d& matrix, const gui_objects::Point3d& p) {
-  const gui_objects::Transformer transformer(matrix);
-  std::cout << label << ": mode " << modeName(transformer.getMode()) << ", " << p << " -> "
-            << transformer.transform(p) << '\n';
-}
-
-}  // namespace
-
-int main() {
-  using namespace gui_objects;
+int main(int argc, char** argv) {
   std::cout << "libqvgui " << libqvgui_version << " (built " << libqvgui_build_date << ")\n";
+  const std::string out =
+      argc > 1 ? argv[1] : (std::filesystem::temp_directory_path() / "qvgui_example.png").string();
 
-  // Data limits x in [0, 50], y in [-1, 1] mapped onto a 640 x 480 viewport.
-  const Matrix4x4d dataToView =
-      Matrix4x4d::createTranslation(Vector3d(0, 240, 0)) * Matrix4x4d::createScale(Vector3d(640.0 / 50, 240, 1));
-  show("scale and offset", dataToView, Point3d(25, 0.5, 0));
-
-  // The same point seen through a perspective frustum after a quarter turn.
-  const Matrix4x4d view = Matrix4x4d::createFrustum(-1, 1, -1, 1, 1, 100) *
-                          Matrix4x4d::createTranslation(Vector3d(0, 0, -10)) *
-                          Matrix4x4d::createZRotation(1.5707963267948966);
-  show("perspective", view, Point3d(1, 0, 0));
+  std::vector<double> t(400), y(400);
+  for (std::size_t i = 0; i < t.size(); ++i) {
+    t[i] = 0.025 * static_cast<double>(i);
+    y[i] = std::exp(-0.3 * t[i]) * std::cos(4 * t[i]);
+  }
+  qvgui::plot::Figure fig(800, 500, 100);
+  qvgui::plot::Axes& ax = fig.addAxes();
+  ax.plot(t, y);
+  ax.setTitle("Damped oscillation e^{-0.3t} cos(4t)");
+  ax.setXLabel("time t (s)");
+  ax.setYLabel("displacement (mm)");
+  ax.setGrid(true);
+  fig.save(out);
+  std::cout << "wrote " << out << "\n";
   return 0;
 }
