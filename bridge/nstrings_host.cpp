@@ -7,13 +7,12 @@
 
 #include "bridge/array_p.h"
 #include "bridge/nstrings_p.h"
+#include "geometry/messages_p.h"
 
 namespace {
 
-constexpr const char* kBadArgumentsId = "Tavrix::gui::nstrings::setUsingMatrix::BadArguments";
-
 [[noreturn]] void raiseBadArguments(const zrArray_tag* value) {
-  zrErrMsgId(kBadArgumentsId, zrGetClassName(value));
+  qvgui_messages::raise::nstringsBadArguments(zrGetClassName(value));
 }
 
 // "%g", with the host's spelling of the non-finite values.

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "geometry/messages_p.h"
 #include "qvgui/surface.h"
 #include "surface/host_memory_p.h"
 #include "surface/numeric_p.h"
@@ -11,8 +12,6 @@ namespace gui_objects {
 
 namespace {
 
-[[noreturn]] void raiseOutOfMemory() { zrErrMsgId(kHostOutOfMemoryId); }
-
 [[nodiscard]] std::size_t cellCount(std::size_t rows, std::size_t columns) noexcept {
   return rows >= 2 && columns >= 2 ? (rows - 1) * (columns - 1) : 0;
 }
@@ -20,7 +19,11 @@ namespace {
 }  // namespace
 
 FaceVertexDescriptor createFaceVertexDescriptor(std::size_t rows, std::size_t columns) {
-  if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / 4 / columns) raiseOutOfMemory();
+  // The element count alone overflows, so the request is reported as the
+  // largest size there is.
+  if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / 4 / columns) {
+    qvgui_messages::raise::outOfMemory(std::numeric_limits<std::size_t>::max());
+  }
   const std::size_t nv = rows * columns;
   const std::size_t nf = cellCount(rows, columns);
   surface_detail::ArrayHolder faces(zrCreateDoubleMatrix(nf, 4));

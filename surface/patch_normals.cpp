@@ -4,14 +4,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include "geometry/messages_p.h"
 #include "qvgui/surface.h"
 #include "surface/host_memory_p.h"
 
 namespace gui_objects {
 
 namespace {
-
-constexpr const char* kFaceEntryWarningId = "Tavrix::gui::surface::PatchFacesElementExceedsVerticesLength";
 
 // The quiet NaN with the sign bit set (0xFFF8000000000000) marks vertices that
 // no face reached.
@@ -23,7 +22,7 @@ constexpr const char* kFaceEntryWarningId = "Tavrix::gui::surface::PatchFacesEle
 }
 
 void warnBadFaceEntry(double value, std::size_t position, std::size_t face, std::size_t vertexCount) {
-  zrWarningMsgId(kFaceEntryWarningId, value, static_cast<unsigned long long>(position),
+  qvgui_messages::warn::patchFacesElementExceedsVerticesLength(value, static_cast<unsigned long long>(position),
                  static_cast<unsigned long long>(face), static_cast<unsigned long long>(vertexCount));
 }
 

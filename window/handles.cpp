@@ -19,9 +19,9 @@ HandleTable_tag g_global{};
 
 // ---- Failures ---------------------------------------------------------------------
 
-[[noreturn]] void raiseAllocationFailed() { zrErrMsgId(kAllocationFailedId, g_directoryLimit); }
+[[noreturn]] void raiseAllocationFailed() { qvgui_messages::raise::handleAllocationFailed(g_directoryLimit); }
 
-void warnOutOfUniqueHandles() { zrWarningMsgId(kOutOfUniqueHandlesId, g_directoryLimit); }
+void warnOutOfUniqueHandles() { qvgui_messages::warn::handleOutOfUniqueHandles(g_directoryLimit); }
 
 // ---- Blocks and the directory --------------------------------------------------------
 

@@ -20,3 +20,11 @@
 #  define QVGUI_API __attribute__((visibility("default")))
 #  define QVHOST_API __attribute__((visibility("default")))
 #endif
+
+// Lets the compiler check printf-style arguments against a literal format:
+// QV_PRINTF_FORMAT(position of the format, position of the first argument).
+#if defined(__GNUC__) || defined(__clang__)
+#  define QV_PRINTF_FORMAT(fmt, first) __attribute__((__format__(__printf__, fmt, first)))
+#else
+#  define QV_PRINTF_FORMAT(fmt, first)
+#endif

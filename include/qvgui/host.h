@@ -203,7 +203,8 @@ inline constexpr const char* kHostOutOfMemoryId = "Tavrix::host::OutOfMemory";
 inline constexpr const char* kHostInterruptId = "Tavrix::host::Interrupted";
 
 // Raises an error with an explicit text (printf-style) under the identifier.
-[[noreturn]] QVHOST_API void zrErrMsgIdAndTxt(const char* identifier, const char* format, ...);
+[[noreturn]] QVHOST_API void zrErrMsgIdAndTxt(const char* identifier, const char* format, ...)
+    QV_PRINTF_FORMAT(2, 3);
 // Raises an error whose text is the identifier's catalogue entry, formatted
 // with the arguments.
 [[noreturn]] QVHOST_API void zrErrMsgId(const char* identifier, ...);
@@ -218,6 +219,17 @@ QVHOST_API std::string hostCatalogText(const char* identifier, const std::locale
 QVHOST_API std::string hostFormatMessage(const char* identifier, ...);
 QVHOST_API std::string hostFormatMessageV(const char* identifier, std::va_list args);
 QVHOST_API bool hostCatalogHas(const char* identifier);
+
+// One catalogue entry handed over by a library: identifier and English text.
+struct HostMessageText {
+  const char* identifier;
+  const char* text;
+};
+// Adds a library's texts to the catalogue (copied, so the table may go away
+// with the library). Called by libqvgui once while it loads. The host's own
+// entries win over a registered text with the same identifier; among
+// registered texts the first registration wins.
+QVHOST_API void hostRegisterMessages(const HostMessageText* texts, std::size_t count);
 
 // Warnings raised so far, oldest first, for callers and tests that must see
 // which identifiers were raised.
@@ -269,7 +281,7 @@ QVHOST_API double utCPUtime();
 
 // Console output. Everything the library prints goes through utPrintf; a host
 // or test may redirect it (an empty sink restores standard output).
-QVHOST_API int utPrintf(const char* format, ...);
+QVHOST_API int utPrintf(const char* format, ...) QV_PRINTF_FORMAT(1, 2);
 using HostConsoleSink = std::function<void(std::string_view)>;
 QVHOST_API void hostSetConsoleSink(HostConsoleSink sink);
 
