@@ -22,8 +22,9 @@ namespace {
 }
 
 void warnBadFaceEntry(double value, std::size_t position, std::size_t face, std::size_t vertexCount) {
-  qvgui_messages::warn::patchFacesElementExceedsVerticesLength(value, static_cast<unsigned long long>(position),
-                 static_cast<unsigned long long>(face), static_cast<unsigned long long>(vertexCount));
+  qvgui_messages::warn::patchFacesElementExceedsVerticesLength(
+      value, static_cast<unsigned long long>(position), static_cast<unsigned long long>(face),
+      static_cast<unsigned long long>(vertexCount));
 }
 
 // One vertex of a two- or three-column vertex matrix.
