@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "qvgui/host.h"
+#include "qvhost/runtime.h"
 #include "qvgui/surface.h"
 
 namespace {

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace qvhost {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace host_test {
 

@@ -9,7 +9,7 @@
 #include <random>
 #include <vector>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 #include "qvgui/surface.h"
 
 namespace {

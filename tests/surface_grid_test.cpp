@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 #include "qvgui/surface.h"
 
 namespace {
