@@ -9,10 +9,7 @@
 
 namespace host_test {
 
-struct Destroy {
-  void operator()(zrArray_tag* a) const { zrDestroyArray(a); }
-};
-using Array = std::unique_ptr<zrArray_tag, Destroy>;
+using Array = HostArrayPtr;
 
 // The host error f raises, or one with identifier "(no error)".
 template <typename F>

@@ -18,37 +18,25 @@ namespace gui_objects {
 // ---- Ownership of host arrays ------------------------------------------------
 
 struct ZrArrayDtor {
-  static void destroy(zrArray_tag* array) noexcept { zrDestroyArray(array); }
+  static void destroy(zrArray_tag* array) noexcept { HostArrayDeleter()(array); }
+};
+
+// Calls Dtor::destroy, so that std::unique_ptr can own what a Dtor frees.
+template <class Dtor>
+struct DtorDeleter {
+  template <class T>
+  void operator()(T* object) const noexcept {
+    Dtor::destroy(object);
+  }
 };
 
 // Sole owner of one object, destroyed through Dtor::destroy unless release()
 // hands it on. Move-only, so ownership is never shared by accident.
 template <class T, class Dtor>
-class AutoPtr {
+class AutoPtr : public std::unique_ptr<T, DtorDeleter<Dtor>> {
  public:
-  constexpr AutoPtr() noexcept = default;
-  explicit AutoPtr(T* object) noexcept : object_(object) {}
-  AutoPtr(AutoPtr&& other) noexcept : object_(other.release()) {}
-  AutoPtr& operator=(AutoPtr&& other) noexcept {
-    reset(other.release());
-    return *this;
-  }
-  AutoPtr(const AutoPtr&) = delete;
-  AutoPtr& operator=(const AutoPtr&) = delete;
-  ~AutoPtr() { reset(); }
-
-  [[nodiscard]] T* get() const noexcept { return object_; }
-  [[nodiscard]] T* release() noexcept { return std::exchange(object_, nullptr); }
-  void reset(T* object = nullptr) noexcept {
-    T* old = std::exchange(object_, object);
-    if (old != nullptr) Dtor::destroy(old);
-  }
-  T& operator*() const noexcept { return *object_; }
-  T* operator->() const noexcept { return object_; }
-  explicit operator bool() const noexcept { return object_ != nullptr; }
-
- private:
-  T* object_ = nullptr;
+  using std::unique_ptr<T, DtorDeleter<Dtor>>::unique_ptr;
+  [[nodiscard]] T* release() noexcept { return std::unique_ptr<T, DtorDeleter<Dtor>>::release(); }
 };
 
 using ZrArrayPtr = AutoPtr<zrArray_tag, ZrArrayDtor>;

@@ -12,6 +12,7 @@
 #include <exception>
 #include <functional>
 #include <locale>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -80,6 +81,12 @@ QVHOST_API zrArray_tag* zrCreateFunctionHandle(const char* functionName);
 QVHOST_API zrArray_tag* zrDuplicateArray(const zrArray_tag* array);
 // Destroys the array and, for cells and structs, everything inside. Null is fine.
 QVHOST_API void zrDestroyArray(zrArray_tag* array);
+
+// The owner of one host array, for host and library code alike.
+struct HostArrayDeleter {
+  void operator()(zrArray_tag* array) const noexcept { zrDestroyArray(array); }
+};
+using HostArrayPtr = std::unique_ptr<zrArray_tag, HostArrayDeleter>;
 
 // Inspection. Every query accepts only non-null arrays.
 QVHOST_API zrClassID zrGetClassID(const zrArray_tag* array);
