@@ -101,38 +101,35 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
 
 // ---- Construction ---------------------------------------------------------------
 
-VertexVector::VertexVector() : impl_(std::make_unique<Impl>()) {}
+VertexVector::VertexVector() noexcept = default;
 
-VertexVector::VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes)
-    : impl_(std::make_unique<Impl>()) {
+VertexVector::VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes) {
   if (vertices == nullptr && count > 0) throwAppend();
-  impl_->vertices.assign(vertices, vertices + count);
-  impl_->outcodes.reserve(count);
-  for (Point4d const& p : impl_->vertices) impl_->outcodes.push_back(p.calculateOutcodes(userPlanes));
+  own().vertices.assign(vertices, vertices + count);
+  own().outcodes.reserve(count);
+  for (Point4d const& p : own().vertices) own().outcodes.push_back(p.calculateOutcodes(userPlanes));
 }
 
-VertexVector::VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices)
-    : impl_(std::make_unique<Impl>()) {
+VertexVector::VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices) {
   if (indices == nullptr && count > 0) throwInvalidIndex();
   for (std::size_t k = 0; k < count; ++k) addVertex(source, indices[k]);
   // An empty selection still carries the source's attribute set.
   if (count == 0) {
-    impl_->forEachAttribute(*source.impl_, [](auto& mine, auto const& theirs) {
+    own().forEachAttribute(source.read(), [](auto& mine, auto const& theirs) {
       if (theirs) mine.emplace();
     });
   }
 }
 
-VertexVector::VertexVector(VertexVector const& other) : impl_(std::make_unique<Impl>(*other.impl_)) {}
+VertexVector::VertexVector(VertexVector const& other)
+    : impl_(other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr) {}
 
-// The moved-from vector is left empty and usable, which costs an allocation.
-VertexVector::VertexVector(VertexVector&& other) : impl_(std::make_unique<Impl>()) {
-  impl_.swap(other.impl_);
-}
+// The moved-from vector is left empty and usable: no state reads as empty.
+VertexVector::VertexVector(VertexVector&& other) noexcept : impl_(std::move(other.impl_)) {}
 
 VertexVector& VertexVector::operator=(VertexVector const& other) {
   if (this != &other) {
-    auto copy = std::make_unique<Impl>(*other.impl_);
+    auto copy = other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr;
     impl_.swap(copy);
   }
   return *this;
@@ -145,43 +142,52 @@ VertexVector& VertexVector::operator=(VertexVector&& other) noexcept {
 
 VertexVector::~VertexVector() = default;
 
+// A vector that never held anything has no state; it reads as this one.
+VertexVector::Impl const& VertexVector::read() const noexcept {
+  static Impl const empty;
+  return impl_ ? *impl_ : empty;
+}
+
+VertexVector::Impl& VertexVector::own() {
+  if (!impl_) impl_ = std::make_unique<Impl>();
+  return *impl_;
+}
+
 // ---- Attributes -----------------------------------------------------------------
 
-void VertexVector::addRGBAColors(Color4b const* colors) { bindAll(impl_->rgbaColors, colors, getSize()); }
-void VertexVector::addColorIndices(float const* indices) { bindAll(impl_->colorIndices, indices, getSize()); }
+void VertexVector::addRGBAColors(Color4b const* colors) { bindAll(own().rgbaColors, colors, getSize()); }
+void VertexVector::addColorIndices(float const* indices) { bindAll(own().colorIndices, indices, getSize()); }
 void VertexVector::addTextureCoords(Point2f const* coords) {
-  bindAll(impl_->textureCoords, coords, getSize());
+  bindAll(own().textureCoords, coords, getSize());
 }
-void VertexVector::addNormals(Point3d const* normals) { bindAll(impl_->normals, normals, getSize()); }
+void VertexVector::addNormals(Point3d const* normals) { bindAll(own().normals, normals, getSize()); }
 void VertexVector::addAmbientDiffuseSecondaryColors(Point3f const* colors) {
-  bindAll(impl_->ambientDiffuse, colors, getSize());
+  bindAll(own().ambientDiffuse, colors, getSize());
 }
 void VertexVector::addSpecularSecondaryColors(Point3f const* colors) {
-  bindAll(impl_->specular, colors, getSize());
+  bindAll(own().specular, colors, getSize());
 }
 
-void VertexVector::addRGBAColor(Color4b const& color) { appendOne(impl_->rgbaColors, getSize(), color); }
-void VertexVector::addColorIndex(float index) { appendOne(impl_->colorIndices, getSize(), index); }
-void VertexVector::addTextureCoord(Point2f const& coord) {
-  appendOne(impl_->textureCoords, getSize(), coord);
-}
-void VertexVector::addNormal(Point3d const& normal) { appendOne(impl_->normals, getSize(), normal); }
+void VertexVector::addRGBAColor(Color4b const& color) { appendOne(own().rgbaColors, getSize(), color); }
+void VertexVector::addColorIndex(float index) { appendOne(own().colorIndices, getSize(), index); }
+void VertexVector::addTextureCoord(Point2f const& coord) { appendOne(own().textureCoords, getSize(), coord); }
+void VertexVector::addNormal(Point3d const& normal) { appendOne(own().normals, getSize(), normal); }
 void VertexVector::addAmbientDiffuseSecondaryColor(Point3f const& color) {
-  appendOne(impl_->ambientDiffuse, getSize(), color);
+  appendOne(own().ambientDiffuse, getSize(), color);
 }
 void VertexVector::addSpecularSecondaryColor(Point3f const& color) {
-  appendOne(impl_->specular, getSize(), color);
+  appendOne(own().specular, getSize(), color);
 }
 
 // ---- Appending vertices -----------------------------------------------------------
 
 void VertexVector::addVertex(Point4d const& vertex, Plane3d const* const* userPlanes) {
   Outcode const code = vertex.calculateOutcodes(userPlanes);
-  makeRoom(impl_->vertices);
-  makeRoom(impl_->outcodes);
-  impl_->dropProjection();
-  impl_->vertices.push_back(vertex);
-  impl_->outcodes.push_back(code);
+  makeRoom(own().vertices);
+  makeRoom(own().outcodes);
+  own().dropProjection();
+  own().vertices.push_back(vertex);
+  own().outcodes.push_back(code);
 }
 
 void VertexVector::addVertex(VertexVector const& source, std::size_t index) {
@@ -191,8 +197,8 @@ void VertexVector::addVertex(VertexVector const& source, std::size_t index) {
     addVertex(copy, index);
     return;
   }
-  Impl const& src = *source.impl_;
-  Impl& dst = *impl_;
+  Impl const& src = source.read();
+  Impl& dst = own();
   prepareAppend(dst, src, index, index);
   dst.dropProjection();
   dst.vertices.push_back(src.vertices[index]);
@@ -209,8 +215,8 @@ void VertexVector::clipVertexToFraction(VertexVector const& source, std::size_t 
     clipVertexToFraction(copy, i0, i1, t, userPlanes);
     return;
   }
-  Impl const& src = *source.impl_;
-  Impl& dst = *impl_;
+  Impl const& src = source.read();
+  Impl& dst = own();
   prepareAppend(dst, src, i0, i1);
   Point4d const p = interpolate(t, src.vertices[i0], src.vertices[i1]);
   Outcode const code = p.calculateOutcodes(userPlanes);
@@ -236,28 +242,28 @@ void VertexVector::clipVertexToPlane(VertexVector const& source, std::size_t i0,
 
 double VertexVector::getPlaneFraction(std::size_t i0, std::size_t i1, std::size_t planeIndex,
                                       Plane3d const* const* userPlanes) const {
-  std::size_t const n = impl_->vertices.size();
+  std::size_t const n = read().vertices.size();
   if (i0 >= n || i1 >= n) throwInvalidIndex();
-  return calculate_line_t(impl_->vertices[i0], impl_->vertices[i1], planeIndex, userPlanes);
+  return calculate_line_t(read().vertices[i0], read().vertices[i1], planeIndex, userPlanes);
 }
 
 // ---- Queries ------------------------------------------------------------------------
 
-std::size_t VertexVector::getSize() const noexcept { return impl_->vertices.size(); }
+std::size_t VertexVector::getSize() const noexcept { return read().vertices.size(); }
 
 Outcode VertexVector::getOutcode(std::size_t index) const {
-  if (index >= impl_->outcodes.size()) throwInvalidIndex();
-  return impl_->outcodes[index];
+  if (index >= read().outcodes.size()) throwInvalidIndex();
+  return read().outcodes[index];
 }
 
 bool VertexVector::getAccept() const noexcept {
-  for (Outcode c : impl_->outcodes)
+  for (Outcode c : read().outcodes)
     if (c != 0) return false;
   return true;
 }
 
 bool VertexVector::getReject() const noexcept {
-  std::vector<Outcode> const& codes = impl_->outcodes;
+  std::vector<Outcode> const& codes = read().outcodes;
   if (codes.size() <= 1) return true;
   Outcode common = codes[0];
   for (Outcode c : codes) {
@@ -274,46 +280,47 @@ T const* dataOrNull(std::optional<std::vector<T>> const& slot) noexcept {
 }
 }  // namespace
 
-Point4d const* VertexVector::getVertices() const noexcept { return impl_->vertices.data(); }
+Point4d const* VertexVector::getVertices() const noexcept { return read().vertices.data(); }
 Point3d const* VertexVector::getProjectedVertices() const noexcept {
-  return impl_->isProjected ? impl_->projected.data() : nullptr;
+  return read().isProjected ? read().projected.data() : nullptr;
 }
 double const* VertexVector::getInverseWCoords() const noexcept {
-  return impl_->isProjected ? impl_->inverseW.data() : nullptr;
+  return read().isProjected ? read().inverseW.data() : nullptr;
 }
-Color4b const* VertexVector::getRGBAColors() const noexcept { return dataOrNull(impl_->rgbaColors); }
-float const* VertexVector::getColorIndices() const noexcept { return dataOrNull(impl_->colorIndices); }
-Point2f const* VertexVector::getTextureCoords() const noexcept { return dataOrNull(impl_->textureCoords); }
-Point3d const* VertexVector::getNormals() const noexcept { return dataOrNull(impl_->normals); }
+Color4b const* VertexVector::getRGBAColors() const noexcept { return dataOrNull(read().rgbaColors); }
+float const* VertexVector::getColorIndices() const noexcept { return dataOrNull(read().colorIndices); }
+Point2f const* VertexVector::getTextureCoords() const noexcept { return dataOrNull(read().textureCoords); }
+Point3d const* VertexVector::getNormals() const noexcept { return dataOrNull(read().normals); }
 Point3f const* VertexVector::getAmbientDiffuseSecondaryColors() const noexcept {
-  return dataOrNull(impl_->ambientDiffuse);
+  return dataOrNull(read().ambientDiffuse);
 }
 Point3f const* VertexVector::getSpecularSecondaryColors() const noexcept {
-  return dataOrNull(impl_->specular);
+  return dataOrNull(read().specular);
 }
-bool VertexVector::isProjected() const noexcept { return impl_->isProjected; }
+bool VertexVector::isProjected() const noexcept { return read().isProjected; }
 
 // ---- Projection and housekeeping ------------------------------------------------------
 
 void VertexVector::project() {
   std::vector<Point3d> projected;
   std::vector<double> inverseW;
-  projected.reserve(impl_->vertices.size());
-  inverseW.reserve(impl_->vertices.size());
-  for (Point4d const& p : impl_->vertices) {
+  projected.reserve(own().vertices.size());
+  inverseW.reserve(own().vertices.size());
+  for (Point4d const& p : own().vertices) {
     double r = 0.0;
     projected.push_back(p.project(&r));
     inverseW.push_back(r);
   }
-  impl_->projected.swap(projected);
-  impl_->inverseW.swap(inverseW);
-  impl_->isProjected = true;
+  own().projected.swap(projected);
+  own().inverseW.swap(inverseW);
+  own().isProjected = true;
 }
 
 void VertexVector::swap(VertexVector& other) noexcept { impl_.swap(other.impl_); }
 
 void VertexVector::clear() noexcept {
-  // Reset in place: the moved-from state of every member is valid and empty.
+  if (!impl_) return;
+  // Reset in place, so the storage serves the next primitive.
   impl_->vertices.clear();
   impl_->outcodes.clear();
   impl_->dropProjection();
@@ -321,6 +328,7 @@ void VertexVector::clear() noexcept {
 }
 
 void VertexVector::removeVertices() noexcept {
+  if (!impl_) return;
   impl_->vertices.clear();
   impl_->outcodes.clear();
   impl_->dropProjection();

@@ -7,6 +7,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "qvgui/export.h"
@@ -63,14 +64,15 @@ class QVGUI_API AppendException {};
 // change of the vertices drops the projection made by project().
 class QVGUI_API VertexVector {
  public:
-  VertexVector();
+  // Allocates nothing until the first vertex or attribute arrives.
+  VertexVector() noexcept;
   VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes);
   // The source's vertices at the given indices, in that order, with outcodes
   // and every bound attribute. InvalidIndexException for an index out of range.
   VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices);
   VertexVector(VertexVector const& other);
-  // Leaves other empty and usable (which costs it a fresh allocation).
-  VertexVector(VertexVector&& other);
+  // Leaves other empty and usable.
+  VertexVector(VertexVector&& other) noexcept;
   VertexVector& operator=(VertexVector const& other);
   VertexVector& operator=(VertexVector&& other) noexcept;
   ~VertexVector();
@@ -144,8 +146,17 @@ class QVGUI_API VertexVector {
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] Impl const& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
+
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 QVGUI_API std::ostream& operator<<(std::ostream& os, VertexVector const& v);
 
@@ -200,8 +211,17 @@ class QVGUI_API Projector {
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] Impl const& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
+
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 // A face's vertices mapped into a projector's plane with a reverse lookup from
 // exact 2-D positions back to vertex indices. The vertex set is borrowed and
@@ -225,8 +245,17 @@ class QVGUI_API ProjectedVertexSet {
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] Impl const& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
+
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 // ---- View frustum ---------------------------------------------------------------------
 //

@@ -7,6 +7,7 @@
 #include <exception>
 #include <iosfwd>
 #include <string>
+#include <type_traits>
 
 #include "qvgui/export.h"
 
@@ -1374,5 +1375,32 @@ class QVGUI_API RegionBase {
   RegionBase(const RegionBase&) = default;
   RegionBase& operator=(const RegionBase&) = default;
 };
+
+// The kernel's values are plain: making, moving and swapping them neither
+// allocates nor throws.
+#define QVGUI_PLAIN_VALUE(T)                                  \
+  static_assert(std::is_nothrow_default_constructible_v<T>); \
+  static_assert(std::is_nothrow_move_constructible_v<T>);    \
+  static_assert(std::is_nothrow_move_assignable_v<T>);
+QVGUI_PLAIN_VALUE(Point2i)
+QVGUI_PLAIN_VALUE(Point2f)
+QVGUI_PLAIN_VALUE(Point2d)
+QVGUI_PLAIN_VALUE(Point3f)
+QVGUI_PLAIN_VALUE(Point3d)
+QVGUI_PLAIN_VALUE(Point4d)
+QVGUI_PLAIN_VALUE(Vector2i)
+QVGUI_PLAIN_VALUE(Vector2d)
+QVGUI_PLAIN_VALUE(Vector3d)
+QVGUI_PLAIN_VALUE(Color3d)
+QVGUI_PLAIN_VALUE(Color4d)
+QVGUI_PLAIN_VALUE(Color4b)
+QVGUI_PLAIN_VALUE(Matrix4x4d)
+QVGUI_PLAIN_VALUE(Quad3d)
+QVGUI_PLAIN_VALUE(Inset2d)
+QVGUI_PLAIN_VALUE(Rectangle2i)
+QVGUI_PLAIN_VALUE(Rectangle2d)
+QVGUI_PLAIN_VALUE(AABB2d)
+QVGUI_PLAIN_VALUE(BoundingVolume)
+#undef QVGUI_PLAIN_VALUE
 
 }  // namespace gui_objects
