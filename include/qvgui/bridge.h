@@ -1,5 +1,14 @@
 // The bridge between the host and the library's own types: conversions to and
 // from host arrays, parsers for property strings, string lists and callbacks.
+//
+// Raises: the InvalidArrayException family (NullArray, InvalidArrayClass,
+// InvalidArrayShape, InvalidArrayData), invalidXYZTypeException,
+// invalidCDataTypeException and cdata::InvalidRGBADataException from the
+// conversions; convert_from_string_utils::ParseException from the parsers;
+// MCallbackValueException and boost::numeric::bad_numeric_cast from callback
+// objects, whose user code fails with ScriptException; HostError with
+// "Tavrix:GUI:CreateCallback", "Tavrix::gui::nstrings::setUsingMatrix::BadArguments"
+// and the host's out-of-memory and interrupt identifiers from the flat functions.
 #pragma once
 
 #include <cstddef>

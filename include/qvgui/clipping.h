@@ -1,5 +1,11 @@
 // Homogeneous clipping of lines, strips and polygons against the view volume
 // and user planes, planar projection of vertex sets, and the view frustum.
+//
+// Raises: vertex_vector::InvalidIndexException, BindingMismatchException and
+// AppendException from VertexVector; InvalidWException from projection;
+// InvalidFrustumException from ViewFrustum; ParallelException and
+// ZeroLengthException from the planar projection of vertex sets. No host
+// errors.
 #pragma once
 
 #include <cstddef>
@@ -272,8 +278,8 @@ static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 // below far in both. Degenerate or non-finite input throws
 // InvalidFrustumException.
 //
-// getViewMatrix() * getProjectionMatrix() maps exactly this region to the
-// canonical volume -w <= x, y, z <= w (the createFrustum / createOrtho
+// getProjectionMatrix() * getViewMatrix() (the view applied first, to column
+// vectors) maps exactly this region to the canonical volume -w <= x, y, z <= w (the createFrustum / createOrtho
 // conventions), so world points inside the frustum clip to outcode 0.
 class QVGUI_API ViewFrustum {
  public:

@@ -1,5 +1,11 @@
 // Data space, camera and axes: data extents and limit constraints, camera and
 // aspect-ratio rules, and the tick picker that chooses nice limits and ticks.
+//
+// Raises: the InvalidArrayException family and InvalidDataExtentsException
+// from extents and constraints; camera_utils::BadLimitsException,
+// camera_utils::CouldNotFitCameraException and ZeroLengthException from the
+// camera utilities; HostError with the host's out-of-memory identifier where
+// tick positions are allocated.
 #pragma once
 
 #include <cstdint>
