@@ -33,7 +33,7 @@ std::string charArrayText(const zrArray_tag* array) {
   return text ? std::string(text.get()) : std::string();
 }
 
-void appendCell(nstrings_detail::Builder& out, const zrArray_tag* cellArray, const zrArray_tag* cell) {
+void appendCell(qvgui_nstrings::Builder& out, const zrArray_tag* cellArray, const zrArray_tag* cell) {
   if (cell == nullptr || (zrIsEmpty(cell) && (zrIsChar(cell) || zrIsNumeric(cell) || zrIsCell(cell)))) {
     out.append("");
   } else if (zrIsChar(cell)) {
@@ -49,7 +49,7 @@ void appendCell(nstrings_detail::Builder& out, const zrArray_tag* cellArray, con
 
 void NStrings::setUsingMatrix(const zrArray_tag* value) {
   if (value == nullptr) return;
-  nstrings_detail::Builder builder;
+  qvgui_nstrings::Builder builder;
   if (zrIsCell(value)) {
     const zrSize n = zrGetNumberOfElements(value);
     for (zrSize k = 0; k < n; ++k) appendCell(builder, value, zrGetCell(value, k));

@@ -7,27 +7,27 @@
 
 namespace gui_objects {
 
-namespace clip_detail {
+namespace detail {
 void throwInvalidIndex() { throw vertex_vector::InvalidIndexException(); }
 void throwBindingMismatch() { throw vertex_vector::BindingMismatchException(); }
 void throwAppend() { throw vertex_vector::AppendException(); }
-}  // namespace clip_detail
+}  // namespace detail
 
-using clip_detail::throwAppend;
-using clip_detail::throwBindingMismatch;
-using clip_detail::throwInvalidIndex;
+using detail::throwAppend;
+using detail::throwBindingMismatch;
+using detail::throwInvalidIndex;
 
 namespace {
 
 // A float attribute interpolated like the float points: the difference in
 // float, scaled and added in double, narrowed at the end.
 float interpolateFloat(double t, float a, float b) {
-  float const d = b - a;
+  const float d = b - a;
   return static_cast<float>(static_cast<double>(a) + static_cast<double>(d) * t);
 }
 
 template <class T>
-void bindAll(std::optional<std::vector<T>>& slot, T const* values, std::size_t count) {
+void bindAll(std::optional<std::vector<T>>& slot, const T* values, std::size_t count) {
   if (values == nullptr && count > 0) throwAppend();
   std::vector<T> copy;
   if (count > 0) copy.assign(values, values + count);
@@ -35,8 +35,8 @@ void bindAll(std::optional<std::vector<T>>& slot, T const* values, std::size_t c
 }
 
 template <class T>
-void appendOne(std::optional<std::vector<T>>& slot, std::size_t vertexCount, T const& value) {
-  std::size_t const have = slot ? slot->size() : 0;
+void appendOne(std::optional<std::vector<T>>& slot, std::size_t vertexCount, const T& value) {
+  const std::size_t have = slot ? slot->size() : 0;
   if (have + 1 != vertexCount) throwAppend();
   if (!slot) slot.emplace();
   slot->push_back(value);
@@ -49,7 +49,7 @@ void makeRoom(std::vector<T>& v) {
   if (v.size() == v.capacity()) v.reserve(2 * v.size() + 4);
 }
 
-bool sameBinding(VertexVector::Impl const& a, VertexVector::Impl const& b) {
+bool sameBinding(const VertexVector::Impl& a, const VertexVector::Impl& b) {
   return a.rgbaColors.has_value() == b.rgbaColors.has_value() &&
          a.colorIndices.has_value() == b.colorIndices.has_value() &&
          a.textureCoords.has_value() == b.textureCoords.has_value() &&
@@ -62,17 +62,17 @@ bool sameBinding(VertexVector::Impl const& a, VertexVector::Impl const& b) {
 // when dst is empty, checks the sets agree otherwise, checks src holds every
 // value of vertex index (and of index2 when interpolating), and reserves room
 // so that the appends that follow cannot fail half-way.
-void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::size_t index,
+void prepareAppend(VertexVector::Impl& dst, const VertexVector::Impl& src, std::size_t index,
                    std::size_t index2) {
-  std::size_t const n = src.vertices.size();
+  const std::size_t n = src.vertices.size();
   if (index >= n || index2 >= n) throwInvalidIndex();
-  auto checkValues = [&](auto const& slot) {
+  auto checkValues = [&](const auto& slot) {
     if (slot && (index >= slot->size() || index2 >= slot->size())) throwInvalidIndex();
   };
   src.forEachAttribute(checkValues);
   if (dst.vertices.empty()) {
     if (!sameBinding(dst, src)) {
-      dst.forEachAttribute(src, [](auto& mine, auto const& theirs) {
+      dst.forEachAttribute(src, [](auto& mine, const auto& theirs) {
         if (theirs)
           mine.emplace();
         else
@@ -83,9 +83,9 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
     throwBindingMismatch();
   } else {
     // An out-of-step destination would stay out of step after the append.
-    std::size_t const have = dst.vertices.size();
+    const std::size_t have = dst.vertices.size();
     bool inStep = true;
-    dst.forEachAttribute([&](auto const& slot) {
+    dst.forEachAttribute([&](const auto& slot) {
       if (slot && slot->size() != have) inStep = false;
     });
     if (!inStep) throwAppend();
@@ -103,31 +103,31 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
 
 VertexVector::VertexVector() noexcept = default;
 
-VertexVector::VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes) {
+VertexVector::VertexVector(std::size_t count, const Point4d* vertices, const Plane3d* const* userPlanes) {
   if (vertices == nullptr && count > 0) throwAppend();
   own().vertices.assign(vertices, vertices + count);
   own().outcodes.reserve(count);
-  for (Point4d const& p : own().vertices) own().outcodes.push_back(p.calculateOutcodes(userPlanes));
+  for (const Point4d& p : own().vertices) own().outcodes.push_back(p.calculateOutcodes(userPlanes));
 }
 
-VertexVector::VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices) {
+VertexVector::VertexVector(const VertexVector& source, std::size_t count, const std::size_t* indices) {
   if (indices == nullptr && count > 0) throwInvalidIndex();
   for (std::size_t k = 0; k < count; ++k) addVertex(source, indices[k]);
   // An empty selection still carries the source's attribute set.
   if (count == 0) {
-    own().forEachAttribute(source.read(), [](auto& mine, auto const& theirs) {
+    own().forEachAttribute(source.read(), [](auto& mine, const auto& theirs) {
       if (theirs) mine.emplace();
     });
   }
 }
 
-VertexVector::VertexVector(VertexVector const& other)
+VertexVector::VertexVector(const VertexVector& other)
     : impl_(other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr) {}
 
 // The moved-from vector is left empty and usable: no state reads as empty.
 VertexVector::VertexVector(VertexVector&& other) noexcept : impl_(std::move(other.impl_)) {}
 
-VertexVector& VertexVector::operator=(VertexVector const& other) {
+VertexVector& VertexVector::operator=(const VertexVector& other) {
   if (this != &other) {
     auto copy = other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr;
     impl_.swap(copy);
@@ -143,8 +143,8 @@ VertexVector& VertexVector::operator=(VertexVector&& other) noexcept {
 VertexVector::~VertexVector() = default;
 
 // A vector that never held anything has no state; it reads as this one.
-VertexVector::Impl const& VertexVector::read() const noexcept {
-  static Impl const empty;
+const VertexVector::Impl& VertexVector::read() const noexcept {
+  static const Impl empty;
   return impl_ ? *impl_ : empty;
 }
 
@@ -155,34 +155,34 @@ VertexVector::Impl& VertexVector::own() {
 
 // ---- Attributes -----------------------------------------------------------------
 
-void VertexVector::addRGBAColors(Color4b const* colors) { bindAll(own().rgbaColors, colors, getSize()); }
-void VertexVector::addColorIndices(float const* indices) { bindAll(own().colorIndices, indices, getSize()); }
-void VertexVector::addTextureCoords(Point2f const* coords) {
+void VertexVector::addRGBAColors(const Color4b* colors) { bindAll(own().rgbaColors, colors, getSize()); }
+void VertexVector::addColorIndices(const float* indices) { bindAll(own().colorIndices, indices, getSize()); }
+void VertexVector::addTextureCoords(const Point2f* coords) {
   bindAll(own().textureCoords, coords, getSize());
 }
-void VertexVector::addNormals(Point3d const* normals) { bindAll(own().normals, normals, getSize()); }
-void VertexVector::addAmbientDiffuseSecondaryColors(Point3f const* colors) {
+void VertexVector::addNormals(const Point3d* normals) { bindAll(own().normals, normals, getSize()); }
+void VertexVector::addAmbientDiffuseSecondaryColors(const Point3f* colors) {
   bindAll(own().ambientDiffuse, colors, getSize());
 }
-void VertexVector::addSpecularSecondaryColors(Point3f const* colors) {
+void VertexVector::addSpecularSecondaryColors(const Point3f* colors) {
   bindAll(own().specular, colors, getSize());
 }
 
-void VertexVector::addRGBAColor(Color4b const& color) { appendOne(own().rgbaColors, getSize(), color); }
+void VertexVector::addRGBAColor(const Color4b& color) { appendOne(own().rgbaColors, getSize(), color); }
 void VertexVector::addColorIndex(float index) { appendOne(own().colorIndices, getSize(), index); }
-void VertexVector::addTextureCoord(Point2f const& coord) { appendOne(own().textureCoords, getSize(), coord); }
-void VertexVector::addNormal(Point3d const& normal) { appendOne(own().normals, getSize(), normal); }
-void VertexVector::addAmbientDiffuseSecondaryColor(Point3f const& color) {
+void VertexVector::addTextureCoord(const Point2f& coord) { appendOne(own().textureCoords, getSize(), coord); }
+void VertexVector::addNormal(const Point3d& normal) { appendOne(own().normals, getSize(), normal); }
+void VertexVector::addAmbientDiffuseSecondaryColor(const Point3f& color) {
   appendOne(own().ambientDiffuse, getSize(), color);
 }
-void VertexVector::addSpecularSecondaryColor(Point3f const& color) {
+void VertexVector::addSpecularSecondaryColor(const Point3f& color) {
   appendOne(own().specular, getSize(), color);
 }
 
 // ---- Appending vertices -----------------------------------------------------------
 
-void VertexVector::addVertex(Point4d const& vertex, Plane3d const* const* userPlanes) {
-  Outcode const code = vertex.calculateOutcodes(userPlanes);
+void VertexVector::addVertex(const Point4d& vertex, const Plane3d* const* userPlanes) {
+  const Outcode code = vertex.calculateOutcodes(userPlanes);
   makeRoom(own().vertices);
   makeRoom(own().outcodes);
   own().dropProjection();
@@ -190,36 +190,36 @@ void VertexVector::addVertex(Point4d const& vertex, Plane3d const* const* userPl
   own().outcodes.push_back(code);
 }
 
-void VertexVector::addVertex(VertexVector const& source, std::size_t index) {
+void VertexVector::addVertex(const VertexVector& source, std::size_t index) {
   // A vector appended to itself must read from a stable copy.
   if (&source == this) {
-    VertexVector const copy(source);
+    const VertexVector copy(source);
     addVertex(copy, index);
     return;
   }
-  Impl const& src = source.read();
+  const Impl& src = source.read();
   Impl& dst = own();
   prepareAppend(dst, src, index, index);
   dst.dropProjection();
   dst.vertices.push_back(src.vertices[index]);
   dst.outcodes.push_back(src.outcodes[index]);
-  dst.forEachAttribute(src, [&](auto& mine, auto const& theirs) {
+  dst.forEachAttribute(src, [&](auto& mine, const auto& theirs) {
     if (theirs) mine->push_back((*theirs)[index]);
   });
 }
 
-void VertexVector::clipVertexToFraction(VertexVector const& source, std::size_t i0, std::size_t i1, double t,
-                                        Plane3d const* const* userPlanes) {
+void VertexVector::clipVertexToFraction(const VertexVector& source, std::size_t i0, std::size_t i1, double t,
+                                        const Plane3d* const* userPlanes) {
   if (&source == this) {
-    VertexVector const copy(source);
+    const VertexVector copy(source);
     clipVertexToFraction(copy, i0, i1, t, userPlanes);
     return;
   }
-  Impl const& src = source.read();
+  const Impl& src = source.read();
   Impl& dst = own();
   prepareAppend(dst, src, i0, i1);
-  Point4d const p = interpolate(t, src.vertices[i0], src.vertices[i1]);
-  Outcode const code = p.calculateOutcodes(userPlanes);
+  const Point4d p = interpolate(t, src.vertices[i0], src.vertices[i1]);
+  const Outcode code = p.calculateOutcodes(userPlanes);
   dst.dropProjection();
   dst.vertices.push_back(p);
   dst.outcodes.push_back(code);
@@ -234,15 +234,15 @@ void VertexVector::clipVertexToFraction(VertexVector const& source, std::size_t 
   if (src.specular) dst.specular->push_back(interpolate(t, (*src.specular)[i0], (*src.specular)[i1]));
 }
 
-void VertexVector::clipVertexToPlane(VertexVector const& source, std::size_t i0, std::size_t i1,
-                                     std::size_t planeIndex, Plane3d const* const* userPlanes) {
-  double const t = source.getPlaneFraction(i0, i1, planeIndex, userPlanes);
+void VertexVector::clipVertexToPlane(const VertexVector& source, std::size_t i0, std::size_t i1,
+                                     std::size_t planeIndex, const Plane3d* const* userPlanes) {
+  const double t = source.getPlaneFraction(i0, i1, planeIndex, userPlanes);
   clipVertexToFraction(source, i0, i1, t, userPlanes);
 }
 
 double VertexVector::getPlaneFraction(std::size_t i0, std::size_t i1, std::size_t planeIndex,
-                                      Plane3d const* const* userPlanes) const {
-  std::size_t const n = read().vertices.size();
+                                      const Plane3d* const* userPlanes) const {
+  const std::size_t n = read().vertices.size();
   if (i0 >= n || i1 >= n) throwInvalidIndex();
   return calculate_line_t(read().vertices[i0], read().vertices[i1], planeIndex, userPlanes);
 }
@@ -263,7 +263,7 @@ bool VertexVector::getAccept() const noexcept {
 }
 
 bool VertexVector::getReject() const noexcept {
-  std::vector<Outcode> const& codes = read().outcodes;
+  const std::vector<Outcode>& codes = read().outcodes;
   if (codes.size() <= 1) return true;
   Outcode common = codes[0];
   for (Outcode c : codes) {
@@ -275,26 +275,26 @@ bool VertexVector::getReject() const noexcept {
 
 namespace {
 template <class T>
-T const* dataOrNull(std::optional<std::vector<T>> const& slot) noexcept {
+const T* dataOrNull(const std::optional<std::vector<T>>& slot) noexcept {
   return slot ? slot->data() : nullptr;
 }
 }  // namespace
 
-Point4d const* VertexVector::getVertices() const noexcept { return read().vertices.data(); }
-Point3d const* VertexVector::getProjectedVertices() const noexcept {
+const Point4d* VertexVector::getVertices() const noexcept { return read().vertices.data(); }
+const Point3d* VertexVector::getProjectedVertices() const noexcept {
   return read().isProjected ? read().projected.data() : nullptr;
 }
-double const* VertexVector::getInverseWCoords() const noexcept {
+const double* VertexVector::getInverseWCoords() const noexcept {
   return read().isProjected ? read().inverseW.data() : nullptr;
 }
-Color4b const* VertexVector::getRGBAColors() const noexcept { return dataOrNull(read().rgbaColors); }
-float const* VertexVector::getColorIndices() const noexcept { return dataOrNull(read().colorIndices); }
-Point2f const* VertexVector::getTextureCoords() const noexcept { return dataOrNull(read().textureCoords); }
-Point3d const* VertexVector::getNormals() const noexcept { return dataOrNull(read().normals); }
-Point3f const* VertexVector::getAmbientDiffuseSecondaryColors() const noexcept {
+const Color4b* VertexVector::getRGBAColors() const noexcept { return dataOrNull(read().rgbaColors); }
+const float* VertexVector::getColorIndices() const noexcept { return dataOrNull(read().colorIndices); }
+const Point2f* VertexVector::getTextureCoords() const noexcept { return dataOrNull(read().textureCoords); }
+const Point3d* VertexVector::getNormals() const noexcept { return dataOrNull(read().normals); }
+const Point3f* VertexVector::getAmbientDiffuseSecondaryColors() const noexcept {
   return dataOrNull(read().ambientDiffuse);
 }
-Point3f const* VertexVector::getSpecularSecondaryColors() const noexcept {
+const Point3f* VertexVector::getSpecularSecondaryColors() const noexcept {
   return dataOrNull(read().specular);
 }
 bool VertexVector::isProjected() const noexcept { return read().isProjected; }
@@ -306,7 +306,7 @@ void VertexVector::project() {
   std::vector<double> inverseW;
   projected.reserve(own().vertices.size());
   inverseW.reserve(own().vertices.size());
-  for (Point4d const& p : own().vertices) {
+  for (const Point4d& p : own().vertices) {
     double r = 0.0;
     projected.push_back(p.project(&r));
     inverseW.push_back(r);
@@ -337,9 +337,9 @@ void VertexVector::removeVertices() noexcept {
   });
 }
 
-std::ostream& operator<<(std::ostream& os, VertexVector const& v) {
+std::ostream& operator<<(std::ostream& os, const VertexVector& v) {
   os << "VertexVector(" << v.getSize() << " vertices";
-  Point4d const* p = v.getVertices();
+  const Point4d* p = v.getVertices();
   for (std::size_t i = 0; i < v.getSize(); ++i)
     os << (i == 0 ? ": " : ", ") << p[i] << " #" << v.getOutcode(i);
   return os << ")";

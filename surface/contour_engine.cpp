@@ -377,7 +377,7 @@ void ContourEngine::plotContours(const double* levels, int count, ContourResult&
   if (levels == nullptr || count <= 0) return;
 
   // The holes do not change from level to level: find them once.
-  surface_detail::CheckedBuffer<std::size_t> holes;
+  detail::CheckedBuffer<std::size_t> holes;
   const bool hasBoxes = rows_ >= 2 && columns_ >= 2;
   if (hasBoxes) {
     for (std::size_t k = 0; k < flagCount_; ++k)

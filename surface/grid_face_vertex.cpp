@@ -26,8 +26,8 @@ FaceVertexDescriptor createFaceVertexDescriptor(std::size_t rows, std::size_t co
   }
   const std::size_t nv = rows * columns;
   const std::size_t nf = cellCount(rows, columns);
-  surface_detail::ArrayHolder faces(zrCreateDoubleMatrix(nf, 4));
-  surface_detail::ArrayHolder vertices(zrCreateDoubleMatrix(nv, 3));
+  detail::ArrayHolder faces(zrCreateDoubleMatrix(nf, 4));
+  detail::ArrayHolder vertices(zrCreateDoubleMatrix(nv, 3));
   double* f = zrGetPr(faces.get());
   for (std::size_t j = 0; j + 1 < columns && nf != 0; ++j) {
     for (std::size_t i = 0; i + 1 < rows; ++i) {
@@ -81,7 +81,7 @@ bool convert_XYZ_to_FaceVertex(FaceVertexDescriptor& descriptor, const zrArray_t
     return false;
   }
 
-  surface_detail::visitNumeric(data, [&](const auto* in) {
+  detail::visitNumeric(data, [&](const auto* in) {
     for (std::size_t j = 0; j < columns; ++j) {
       for (std::size_t i = 0; i < rows; ++i) {
         const std::size_t k = i + j * rows;
@@ -108,12 +108,12 @@ zrArray_tag* convert_FaceVertexCData_to_CData(const FaceVertexDescriptor& descri
   const bool perVertex = inRows == nv;
   if (!perVertex && (inRows != nf || nf == 0)) return nullptr;
 
-  surface_detail::ArrayHolder result(channels == 1 ? zrCreateDoubleMatrix(rows, columns) : [&] {
+  detail::ArrayHolder result(channels == 1 ? zrCreateDoubleMatrix(rows, columns) : [&] {
     const zrSize dims[3] = {rows, columns, 3};
     return zrCreateNumericArray(3, dims, zrDOUBLE_CLASS);
   }());
   double* out = zrGetPr(result.get());
-  surface_detail::visitNumeric(faceVertexCData, [&](const auto* in) {
+  detail::visitNumeric(faceVertexCData, [&](const auto* in) {
     for (std::size_t c = 0; c < channels; ++c) {
       double* plane = out + c * nv;
       const auto* src = in + c * inRows;

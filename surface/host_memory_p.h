@@ -7,7 +7,7 @@
 
 #include "qvgui/host.h"
 
-namespace gui_objects::surface_detail {
+namespace gui_objects::detail {
 
 // A growable buffer of trivially copyable values in checked host memory.
 template <typename T>
@@ -58,4 +58,4 @@ class CheckedArray {
 // Owns a host array until released.
 using ArrayHolder = HostArrayPtr;
 
-}  // namespace gui_objects::surface_detail
+}  // namespace gui_objects::detail

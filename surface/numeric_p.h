@@ -6,7 +6,7 @@
 #include "common/numeric_class_p.h"
 #include "qvgui/host.h"
 
-namespace gui_objects::surface_detail {
+namespace gui_objects::detail {
 
 // Calls visit(const T* data) with the element type of a numeric array; false
 // (and no call) for any other class.
@@ -22,4 +22,4 @@ bool visitNumeric(const zrArray_tag* array, Visit&& visit) {
       [] { return false; });
 }
 
-}  // namespace gui_objects::surface_detail
+}  // namespace gui_objects::detail

@@ -85,11 +85,11 @@ void computePatchNormals(PatchProxy& proxy) {
   // at once. Storing may change the normals mode, which is put back.
   const std::int32_t mode = proxy.getNormalsMode();
   {
-    surface_detail::ArrayHolder vertexZeros(zrCreateDoubleMatrix(nv, 3));
+    detail::ArrayHolder vertexZeros(zrCreateDoubleMatrix(nv, 3));
     proxy.setVertexNormals(vertexZeros.get());
   }
   {
-    surface_detail::ArrayHolder faceZeros(zrCreateDoubleMatrix(nf, 3));
+    detail::ArrayHolder faceZeros(zrCreateDoubleMatrix(nf, 3));
     proxy.setFaceNormals(faceZeros.get());
   }
   proxy.setNormalsMode(mode);
@@ -110,7 +110,7 @@ void computePatchNormals(PatchProxy& proxy) {
   }
 
   for (std::size_t c = 0; c < 3; ++c) std::memset(vn + c * vnStride, 0, nv * sizeof(double));
-  surface_detail::CheckedArray<std::uint64_t> counts(nv);
+  detail::CheckedArray<std::uint64_t> counts(nv);
   const VertexMatrix v{vdata, nv, dim};
 
   for (std::size_t f = 0; f < nf; ++f) {

@@ -11,7 +11,7 @@ namespace {
 
 using namespace gui_objects;
 
-void expectEmpty(VertexVector const& v) {
+void expectEmpty(const VertexVector& v) {
   EXPECT_EQ(v.getSize(), 0u);
   EXPECT_TRUE(v.getAccept());
   EXPECT_TRUE(v.getReject());
@@ -22,7 +22,7 @@ void expectEmpty(VertexVector const& v) {
 }
 
 TEST(VertexVectorValue, StatelessVectorsReadAndGrowLikeEmptyOnes) {
-  Point4d const inside[] = {Point4d(0, 0, 0, 1), Point4d(0.5, 0.5, 0, 1)};
+  const Point4d inside[] = {Point4d(0, 0, 0, 1), Point4d(0.5, 0.5, 0, 1)};
   VertexVector source(2, inside, nullptr);
   source.addNormals(std::vector<Point3d>(2, Point3d(0, 0, 1)).data());
 
@@ -47,7 +47,7 @@ TEST(VertexVectorValue, StatelessVectorsReadAndGrowLikeEmptyOnes) {
   for (Case& c : cases) {
     SCOPED_TRACE(c.label);
     expectEmpty(*c.v);
-    VertexVector const copy(*c.v);
+    const VertexVector copy(*c.v);
     expectEmpty(copy);
     // The first vertex from a source adopts its attribute set.
     c.v->addVertex(source, 1);

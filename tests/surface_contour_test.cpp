@@ -9,8 +9,8 @@
 #include <random>
 #include <vector>
 
-#include "qvhost/testing.h"
 #include "qvgui/surface.h"
+#include "qvhost/testing.h"
 
 namespace {
 

@@ -7,7 +7,6 @@
 #include "common/compiler_p.h"
 #include "qvgui/window.h"
 
-
 // The per-window record. Its fourth field is the method table; the rest
 // belongs to the window-record code.
 struct WinRec_tag {

@@ -8,10 +8,14 @@ namespace {
 
 const char* modeName(gui_objects::Transformer::TransformMode mode) {
   switch (mode) {
-    case gui_objects::Transformer::Identity: return "Identity";
-    case gui_objects::Transformer::ScaleOffset: return "ScaleOffset";
-    case gui_objects::Transformer::Affine: return "Affine";
-    case gui_objects::Transformer::General: return "General";
+    case gui_objects::Transformer::Identity:
+      return "Identity";
+    case gui_objects::Transformer::ScaleOffset:
+      return "ScaleOffset";
+    case gui_objects::Transformer::Affine:
+      return "Affine";
+    case gui_objects::Transformer::General:
+      return "General";
   }
   return "?";
 }
@@ -29,8 +33,8 @@ int main() {
   std::cout << "libqvgui " << libqvgui_version << " (built " << libqvgui_build_date << ")\n";
 
   // Data limits x in [0, 50], y in [-1, 1] mapped onto a 640 x 480 viewport.
-  const Matrix4x4d dataToView =
-      Matrix4x4d::createTranslation(Vector3d(0, 240, 0)) * Matrix4x4d::createScale(Vector3d(640.0 / 50, 240, 1));
+  const Matrix4x4d dataToView = Matrix4x4d::createTranslation(Vector3d(0, 240, 0)) *
+                                Matrix4x4d::createScale(Vector3d(640.0 / 50, 240, 1));
   show("scale and offset", dataToView, Point3d(25, 0.5, 0));
 
   // The same point seen through a perspective frustum after a quarter turn.

@@ -1416,7 +1416,7 @@ class QVGUI_API RegionBase {
 
 // The kernel's values are plain: making, moving and swapping them neither
 // allocates nor throws.
-#define QVGUI_PLAIN_VALUE(T)                                  \
+#define QVGUI_PLAIN_VALUE(T)                                 \
   static_assert(std::is_nothrow_default_constructible_v<T>); \
   static_assert(std::is_nothrow_move_constructible_v<T>);    \
   static_assert(std::is_nothrow_move_assignable_v<T>);
