@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <regex>
+#include <cstring>
 #include <string>
 
 #include "geometry/messages_p.h"
@@ -16,25 +16,32 @@ namespace {
 
 using namespace qvgui_messages;
 
-// The argument codes a text asks for, read with a regular expression rather
-// than the checker's own scanner; "?" marks a conversion nothing may pass.
+// The argument codes a text asks for, read with string searches rather than
+// the checker's own scanner; "?" marks a conversion nothing may pass.
 std::string conversionCodes(const std::string& text) {
-  static const std::regex conversion(R"(%([-+ #0]*)(\d*)(\.\d*)?(hh|h|ll|l|z|j|t|L)?(.))");
   std::string codes;
-  for (auto it = std::sregex_iterator(text.begin(), text.end(), conversion); it != std::sregex_iterator();
-       ++it) {
-    const std::string length = (*it)[4];
-    const char type = (*it)[5].str()[0];
-    if (type == '%' && (*it)[0].length() == 2) continue;
-    if (std::string("di").find(type) != std::string::npos) {
+  for (std::size_t at = text.find('%'); at != std::string::npos; at = text.find('%', at)) {
+    at = text.find_first_not_of("-+ #0123456789.", at + 1);
+    if (at == std::string::npos) return codes + '?';
+    std::string length;
+    for (const char* l : {"hh", "ll", "h", "l", "z", "j", "t", "L"}) {
+      if (text.compare(at, std::strlen(l), l) == 0) {
+        length = l;
+        break;
+      }
+    }
+    at += length.size();
+    const char type = at < text.size() ? text[at++] : '\0';
+    if (type == '%' && length.empty() && text[at - 2] == '%') continue;
+    if (std::strchr("di", type) != nullptr) {
       codes += length.empty() ? 'i' : length == "l" ? 'l' : length == "ll" ? 'x' : '?';
-    } else if (std::string("uxXo").find(type) != std::string::npos) {
+    } else if (std::strchr("uxXo", type) != nullptr) {
       codes += length.empty()   ? 'u'
                : length == "l"  ? 'm'
                : length == "ll" ? 'y'
                : length == "z"  ? ArgCode<std::size_t>::value
                                 : '?';
-    } else if (std::string("fFeEgGaA").find(type) != std::string::npos) {
+    } else if (std::strchr("fFeEgGaA", type) != nullptr) {
       codes += length.empty() ? 'd' : '?';
     } else if (type == 's') {
       codes += length.empty() ? 's' : '?';
