@@ -11,7 +11,7 @@
 
 #include "dataspace/limits_simd_p.h"
 #include "qvgui/dataspace.h"
-#include "qvgui/host.h"
+#include "qvhost/runtime.h"
 
 #if defined(__x86_64__)
 #include <immintrin.h>

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace {
 

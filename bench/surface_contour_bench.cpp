@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "qvgui/host.h"
 #include "qvgui/surface.h"
+#include "qvhost/runtime.h"
 
 namespace {
 

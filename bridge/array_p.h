@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "common/numeric_class_p.h"
 #include "qvgui/bridge.h"
 
 namespace gk::detail {
@@ -20,45 +21,15 @@ namespace gk::detail {
 [[noreturn]] void raiseCDataType();
 [[noreturn]] void raiseRGBAData();
 
-template <class T>
-struct ClassOf;
-#define QVGUI_BRIDGE_NUMERIC_TYPES(X) \
-  X(double, zrDOUBLE_CLASS)           \
-  X(float, zrSINGLE_CLASS)            \
-  X(std::int8_t, zrINT8_CLASS)        \
-  X(std::uint8_t, zrUINT8_CLASS)      \
-  X(std::int16_t, zrINT16_CLASS)      \
-  X(std::uint16_t, zrUINT16_CLASS)    \
-  X(std::int32_t, zrINT32_CLASS)      \
-  X(std::uint32_t, zrUINT32_CLASS)    \
-  X(std::int64_t, zrINT64_CLASS)      \
-  X(std::uint64_t, zrUINT64_CLASS)
-#define QVGUI_BRIDGE_CLASS_OF(T, ID)    \
-  template <>                           \
-  struct ClassOf<T> {                   \
-    static constexpr zrClassID id = ID; \
-  };
-QVGUI_BRIDGE_NUMERIC_TYPES(QVGUI_BRIDGE_CLASS_OF)
-#undef QVGUI_BRIDGE_CLASS_OF
-
-template <class T>
-struct TypeTag {
-  using type = T;
-};
+using qvgui_numeric::ClassOf;
+using qvgui_numeric::TypeTag;
 
 // Calls f(TypeTag<T>{}) with the element type of a numeric class; any other
 // class raises InvalidArrayClassException.
 template <class F>
 decltype(auto) dispatchNumeric(zrClassID id, F&& f) {
-  switch (id) {
-#define QVGUI_BRIDGE_CASE(T, ID) \
-  case ID:                       \
-    return std::forward<F>(f)(TypeTag<T>{});
-    QVGUI_BRIDGE_NUMERIC_TYPES(QVGUI_BRIDGE_CASE)
-#undef QVGUI_BRIDGE_CASE
-    default:
-      raiseArrayClass();
-  }
+  using Result = decltype(f(TypeTag<double>{}));
+  return qvgui_numeric::visitNumericClass(id, f, []() -> Result { raiseArrayClass(); });
 }
 
 // Element i of a numeric array, converted to double. The array must be numeric.

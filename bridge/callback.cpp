@@ -6,6 +6,7 @@
 #include <new>
 #include <vector>
 
+#include "geometry/messages_p.h"
 #include "qvgui/bridge.h"
 
 namespace {
@@ -299,7 +300,7 @@ bool MCallback::runOne(const zrArray_tag* source, const zrArray_tag* const* args
   } catch (const ScriptException& e) {
     processException(e.withFunctionName(displayName()));
   } catch (const HostError& e) {
-    if (e.identifier() == kHostInterruptId) {
+    if (e.identifier() == qvgui_messages::id::interrupted) {
       hostReportUnhandledInterrupt();
     } else {
       processException(ScriptException(e.identifier(), e.message(), displayName()));

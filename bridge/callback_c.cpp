@@ -1,15 +1,12 @@
 // The flat interface of callback objects.
 #include <boost/numeric/conversion/converter_policies.hpp>
 
+#include "geometry/messages_p.h"
 #include "qvgui/bridge.h"
 
 namespace {
 
-constexpr const char* kCreateCallbackId = "Tavrix:GUI:CreateCallback";
-
-[[noreturn]] void raiseCreateCallback(const char* message) {
-  zrErrMsgIdAndTxt(kCreateCallbackId, "%s", message);
-}
+[[noreturn]] void raiseCreateCallback(const char* message) { qvgui_messages::raise::createCallback(message); }
 
 }  // namespace
 
@@ -17,7 +14,7 @@ MCallback* StringToMCallback(const char* text) {
   try {
     return new MCallback(text);
   } catch (const HostError& e) {
-    if (e.identifier() == kHostOutOfMemoryId) return nullptr;
+    if (e.identifier() == qvgui_messages::id::outOfMemory) return nullptr;
     throw;
   }
 }

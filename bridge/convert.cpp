@@ -33,7 +33,7 @@ Point3d readPoint3d(const zrArray_tag* array) {
 }
 
 #define QVGUI_BRIDGE_INSTANTIATE(T, ID) template Point3d readPoint3d<T>(const zrArray_tag*);
-QVGUI_BRIDGE_NUMERIC_TYPES(QVGUI_BRIDGE_INSTANTIATE)
+QVGUI_NUMERIC_CLASSES(QVGUI_BRIDGE_INSTANTIATE)
 #undef QVGUI_BRIDGE_INSTANTIATE
 
 Point3d toPoint3d(const zrArray_tag* array) {

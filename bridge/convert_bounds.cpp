@@ -63,7 +63,7 @@ LineSegment3d readLineSegment3d(const zrArray_tag* array) {
   template BoundingVolume readBoundingVolume<T>(const zrArray_tag*); \
   template Line3d readLine3d<T>(const zrArray_tag*);                 \
   template LineSegment3d readLineSegment3d<T>(const zrArray_tag*);
-QVGUI_BRIDGE_NUMERIC_TYPES(QVGUI_BRIDGE_INSTANTIATE)
+QVGUI_NUMERIC_CLASSES(QVGUI_BRIDGE_INSTANTIATE)
 #undef QVGUI_BRIDGE_INSTANTIATE
 
 BoundingVolume toBoundingVolume(const zrArray_tag* array) {

@@ -8,7 +8,7 @@
 
 #include "bridge/nstrings_p.h"
 
-namespace nstrings_detail {
+namespace qvgui_nstrings {
 
 char* duplicate(std::string_view text) {
   char* copy = static_cast<char*>(utMallocWithCheck(text.size() + 1));
@@ -86,11 +86,11 @@ void splitInto(Builder& out, const char* text, char delimiter, char escape) {
   out.append(piece);
 }
 
-}  // namespace nstrings_detail
+}  // namespace qvgui_nstrings
 
-using nstrings_detail::Builder;
-using nstrings_detail::duplicate;
-using nstrings_detail::freeAll;
+using qvgui_nstrings::Builder;
+using qvgui_nstrings::duplicate;
+using qvgui_nstrings::freeAll;
 
 // ---- Construction and copies --------------------------------------------------
 
@@ -197,7 +197,7 @@ char* NStrings::toString(char separator) const {
 void NStrings::setUsingDelimitedString(const char* text, char delimiter, char escape) {
   if (text == nullptr) return;
   Builder builder;
-  nstrings_detail::splitInto(builder, text, delimiter, escape);
+  qvgui_nstrings::splitInto(builder, text, delimiter, escape);
   std::int32_t count = 0;
   char** strings = builder.release(count);
   adopt(count, strings);
@@ -206,7 +206,7 @@ void NStrings::setUsingDelimitedString(const char* text, char delimiter, char es
 void NStrings::applyDelimiter(char delimiter) {
   Builder builder;
   for (std::int32_t i = 0; i < count_; ++i) {
-    nstrings_detail::splitInto(builder, strings_[i] != nullptr ? strings_[i] : "", delimiter, '\0');
+    qvgui_nstrings::splitInto(builder, strings_[i] != nullptr ? strings_[i] : "", delimiter, '\0');
   }
   std::int32_t count = 0;
   char** strings = builder.release(count);

@@ -7,13 +7,12 @@
 
 #include "bridge/array_p.h"
 #include "bridge/nstrings_p.h"
+#include "geometry/messages_p.h"
 
 namespace {
 
-constexpr const char* kBadArgumentsId = "Tavrix::gui::nstrings::setUsingMatrix::BadArguments";
-
 [[noreturn]] void raiseBadArguments(const zrArray_tag* value) {
-  zrErrMsgId(kBadArgumentsId, zrGetClassName(value));
+  qvgui_messages::raise::nstringsBadArguments(zrGetClassName(value));
 }
 
 // "%g", with the host's spelling of the non-finite values.
@@ -34,7 +33,7 @@ std::string charArrayText(const zrArray_tag* array) {
   return text ? std::string(text.get()) : std::string();
 }
 
-void appendCell(nstrings_detail::Builder& out, const zrArray_tag* cellArray, const zrArray_tag* cell) {
+void appendCell(qvgui_nstrings::Builder& out, const zrArray_tag* cellArray, const zrArray_tag* cell) {
   if (cell == nullptr || (zrIsEmpty(cell) && (zrIsChar(cell) || zrIsNumeric(cell) || zrIsCell(cell)))) {
     out.append("");
   } else if (zrIsChar(cell)) {
@@ -50,7 +49,7 @@ void appendCell(nstrings_detail::Builder& out, const zrArray_tag* cellArray, con
 
 void NStrings::setUsingMatrix(const zrArray_tag* value) {
   if (value == nullptr) return;
-  nstrings_detail::Builder builder;
+  qvgui_nstrings::Builder builder;
   if (zrIsCell(value)) {
     const zrSize n = zrGetNumberOfElements(value);
     for (zrSize k = 0; k < n; ++k) appendCell(builder, value, zrGetCell(value, k));

@@ -7,7 +7,7 @@
 
 #include "qvgui/bridge.h"
 
-namespace nstrings_detail {
+namespace qvgui_nstrings {
 
 // A copy in checked host memory; null copies as "".
 [[nodiscard]] char* duplicate(std::string_view text);
@@ -36,4 +36,4 @@ class Builder {
 // Appends the pieces of text split at unescaped delimiters (escape 0: none).
 void splitInto(Builder& out, const char* text, char delimiter, char escape);
 
-}  // namespace nstrings_detail
+}  // namespace qvgui_nstrings

@@ -15,16 +15,16 @@ struct Span {
 };
 
 // The visible fraction interval of the segment i0 -> i1 of v.
-Span visibleSpan(VertexVector const& v, std::size_t i0, std::size_t i1, Plane3d const* const* userPlanes) {
-  Outcode const c0 = v.getOutcode(i0);
-  Outcode const c1 = v.getOutcode(i1);
+Span visibleSpan(const VertexVector& v, std::size_t i0, std::size_t i1, const Plane3d* const* userPlanes) {
+  const Outcode c0 = v.getOutcode(i0);
+  const Outcode c1 = v.getOutcode(i1);
   Span span{0.0, 1.0};
   if ((c0 & c1) != 0) return Span{1.0, 0.0};  // both outside one plane
-  unsigned const crossed = static_cast<unsigned>(c0 | c1);
+  const unsigned crossed = static_cast<unsigned>(c0 | c1);
   for (std::size_t plane = 0; plane < kClipPlanes; ++plane) {
-    Outcode const bit = Point4d::outCodeForPlane(static_cast<int>(plane));
+    const Outcode bit = Point4d::outCodeForPlane(static_cast<int>(plane));
     if ((crossed & bit) == 0) continue;
-    double const t = v.getPlaneFraction(i0, i1, plane, userPlanes);
+    const double t = v.getPlaneFraction(i0, i1, plane, userPlanes);
     if ((c0 & bit) != 0)
       span.tIn = std::max(span.tIn, t);
     else
@@ -38,16 +38,16 @@ bool projectRun(VertexVector& run) {
   try {
     run.project();
     return true;
-  } catch (InvalidWException const&) {
+  } catch (const InvalidWException&) {
     return false;
   }
 }
 
 }  // namespace
 
-VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes) {
+VertexVector clip_line(VertexVector& line, const Plane3d* const* userPlanes) {
   if (line.getSize() > 2) {
-    std::size_t const firstTwo[2] = {0, 1};
+    const std::size_t firstTwo[2] = {0, 1};
     VertexVector head(line, 2, firstTwo);
     return clip_line(head, userPlanes);
   }
@@ -56,7 +56,7 @@ VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes) {
     if (!projectRun(line)) return VertexVector();
     return line;
   }
-  Span const span = visibleSpan(line, 0, 1, userPlanes);
+  const Span span = visibleSpan(line, 0, 1, userPlanes);
   if (!span.visible()) return VertexVector();
   VertexVector result;
   // Both ends are re-interpolated, even at t == 0 or t == 1, so that every
@@ -67,9 +67,9 @@ VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes) {
   return result;
 }
 
-std::vector<VertexVector> clip_linestrip(VertexVector& strip, Plane3d const* const* userPlanes) {
+std::vector<VertexVector> clip_linestrip(VertexVector& strip, const Plane3d* const* userPlanes) {
   std::vector<VertexVector> runs;
-  std::size_t const n = strip.getSize();
+  const std::size_t n = strip.getSize();
   if (strip.getReject()) return runs;
   if (strip.getAccept()) {
     if (projectRun(strip)) runs.push_back(strip);
@@ -84,7 +84,7 @@ std::vector<VertexVector> clip_linestrip(VertexVector& strip, Plane3d const* con
   // segment, i.e. the previous segment was not cut at its far end.
   bool runReachesVertex = false;
   for (std::size_t i = 0; i + 1 < n; ++i) {
-    Span const span = visibleSpan(strip, i, i + 1, userPlanes);
+    const Span span = visibleSpan(strip, i, i + 1, userPlanes);
     if (!span.visible()) {
       finishRun();
       runReachesVertex = false;

@@ -7,14 +7,14 @@ namespace gui_objects {
 namespace {
 
 // One Sutherland-Hodgman pass: the part of input on the inner side of plane.
-void clipAgainstPlane(VertexVector const& input, VertexVector& output, std::size_t plane,
-                      Plane3d const* const* userPlanes) {
-  Outcode const bit = Point4d::outCodeForPlane(static_cast<int>(plane));
-  std::size_t const n = input.getSize();
+void clipAgainstPlane(const VertexVector& input, VertexVector& output, std::size_t plane,
+                      const Plane3d* const* userPlanes) {
+  const Outcode bit = Point4d::outCodeForPlane(static_cast<int>(plane));
+  const std::size_t n = input.getSize();
   std::size_t prev = n - 1;
   bool prevOut = (input.getOutcode(prev) & bit) != 0;
   for (std::size_t cur = 0; cur < n; ++cur) {
-    bool const curOut = (input.getOutcode(cur) & bit) != 0;
+    const bool curOut = (input.getOutcode(cur) & bit) != 0;
     // The fraction always runs from prev towards cur, whichever way the edge
     // crosses, so an edge shared by two polygons is cut at the same point.
     if (prevOut != curOut) output.clipVertexToPlane(input, prev, cur, plane, userPlanes);
@@ -24,7 +24,7 @@ void clipAgainstPlane(VertexVector const& input, VertexVector& output, std::size
   }
 }
 
-unsigned outsideAny(VertexVector const& v) {
+unsigned outsideAny(const VertexVector& v) {
   unsigned any = 0;
   for (std::size_t i = 0; i < v.getSize(); ++i) any |= v.getOutcode(i);
   return any;
@@ -32,7 +32,7 @@ unsigned outsideAny(VertexVector const& v) {
 
 }  // namespace
 
-VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes) {
+VertexVector clip_polygon(VertexVector& polygon, const Plane3d* const* userPlanes) {
   try {
     if (polygon.getReject()) return VertexVector();
     if (polygon.getAccept()) {
@@ -52,7 +52,7 @@ VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlane
     if (input.getSize() < 3) return VertexVector();
     input.project();
     return input;
-  } catch (InvalidWException const&) {
+  } catch (const InvalidWException&) {
     // Only reachable for a degenerate vertex with w == 0 at the origin.
     return VertexVector();
   }

@@ -13,10 +13,10 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-bool finite(Point3d const& p) noexcept {
+bool finite(const Point3d& p) noexcept {
   return std::isfinite(p.getX()) && std::isfinite(p.getY()) && std::isfinite(p.getZ());
 }
-bool finite(Vector3d const& v) noexcept {
+bool finite(const Vector3d& v) noexcept {
   return std::isfinite(v.getX()) && std::isfinite(v.getY()) && std::isfinite(v.getZ());
 }
 
@@ -26,12 +26,12 @@ struct CameraAxes {
 
 // Right-handed camera axes: forward towards the target, right = forward x up,
 // true up = right x forward.
-CameraAxes cameraAxes(Point3d const& eye, Point3d const& target, Vector3d const& up) {
+CameraAxes cameraAxes(const Point3d& eye, const Point3d& target, const Vector3d& up) {
   if (!finite(eye) || !finite(target) || !finite(up)) raiseInvalidFrustum();
   Vector3d forward = target - eye;
   Vector3d upDir(up);
   // Relative tests, so that the scale of the scene does not matter.
-  double const fLen = forward.length(), uLen = upDir.length();
+  const double fLen = forward.length(), uLen = upDir.length();
   if (!(fLen > 0.0) || !(uLen > 0.0)) raiseInvalidFrustum();
   forward *= 1.0 / fLen;
   upDir *= 1.0 / uLen;
@@ -51,9 +51,9 @@ void checkDepth(double nearDistance, double farDistance) {
 
 }  // namespace
 
-ViewFrustum ViewFrustum::framed(Kind kind, Point3d const& eye, Point3d const& target, Vector3d const& up,
+ViewFrustum ViewFrustum::framed(Kind kind, const Point3d& eye, const Point3d& target, const Vector3d& up,
                                 double nearDistance, double farDistance, double halfHeight, double aspect) {
-  CameraAxes const axes = cameraAxes(eye, target, up);
+  const CameraAxes axes = cameraAxes(eye, target, up);
   ViewFrustum f;
   f.kind_ = kind;
   f.eye_ = eye;
@@ -67,7 +67,7 @@ ViewFrustum ViewFrustum::framed(Kind kind, Point3d const& eye, Point3d const& ta
   return f;
 }
 
-ViewFrustum ViewFrustum::perspective(Point3d const& eye, Point3d const& target, Vector3d const& up,
+ViewFrustum ViewFrustum::perspective(const Point3d& eye, const Point3d& target, const Vector3d& up,
                                      double viewAngleDegrees, double aspect, double nearDistance,
                                      double farDistance) {
   if (!(viewAngleDegrees > 0.0 && viewAngleDegrees < 180.0)) raiseInvalidFrustum();
@@ -76,7 +76,7 @@ ViewFrustum ViewFrustum::perspective(Point3d const& eye, Point3d const& target, 
   if (!(nearDistance > 0.0)) raiseInvalidFrustum();
   ViewFrustum f = framed(Kind::Perspective, eye, target, up, nearDistance, farDistance,
                          std::tan(viewAngleDegrees * kPi / 360.0), aspect);
-  CameraAxes const axes{f.forward_, f.right_, f.up_};
+  const CameraAxes axes{f.forward_, f.right_, f.up_};
   // A direction forward + a right + b up is inside the left plane when
   // a >= -halfWidth, i.e. (right + halfWidth forward) . dir >= 0.
   f.planes_[Left] = Plane3d(eye, axes.right + axes.forward * f.halfWidth_);
@@ -88,14 +88,14 @@ ViewFrustum ViewFrustum::perspective(Point3d const& eye, Point3d const& target, 
   return f;
 }
 
-ViewFrustum ViewFrustum::orthographic(Point3d const& eye, Point3d const& target, Vector3d const& up,
+ViewFrustum ViewFrustum::orthographic(const Point3d& eye, const Point3d& target, const Vector3d& up,
                                       double extent, double aspect, double nearDistance, double farDistance) {
   if (!(extent > 0.0) || !std::isfinite(extent)) raiseInvalidFrustum();
   if (!(aspect > 0.0) || !std::isfinite(aspect)) raiseInvalidFrustum();
   checkDepth(nearDistance, farDistance);
   ViewFrustum f =
       framed(Kind::Orthographic, eye, target, up, nearDistance, farDistance, extent / 2.0, aspect);
-  CameraAxes const axes{f.forward_, f.right_, f.up_};
+  const CameraAxes axes{f.forward_, f.right_, f.up_};
   f.planes_[Left] = Plane3d(eye - axes.right * f.halfWidth_, axes.right);
   f.planes_[Right] = Plane3d(eye + axes.right * f.halfWidth_, -axes.right);
   f.planes_[Bottom] = Plane3d(eye - axes.up * f.halfHeight_, axes.up);
@@ -105,8 +105,8 @@ ViewFrustum ViewFrustum::orthographic(Point3d const& eye, Point3d const& target,
   return f;
 }
 
-bool ViewFrustum::isInside(Point3d const& p) const noexcept {
-  for (Plane3d const& plane : planes_)
+bool ViewFrustum::isInside(const Point3d& p) const noexcept {
+  for (const Plane3d& plane : planes_)
     if (!(plane.distance(p) >= 0.0)) return false;
   return true;
 }
@@ -118,13 +118,13 @@ Matrix4x4d ViewFrustum::getViewMatrix() const {
 
 Matrix4x4d ViewFrustum::getProjectionMatrix() const {
   if (kind_ == Kind::Perspective) {
-    double const w = halfWidth_ * near_, h = halfHeight_ * near_;
+    const double w = halfWidth_ * near_, h = halfHeight_ * near_;
     return Matrix4x4d::createFrustum(-w, w, -h, h, near_, far_);
   }
   return Matrix4x4d::createOrtho(-halfWidth_, halfWidth_, -halfHeight_, halfHeight_, near_, far_);
 }
 
-std::ostream& operator<<(std::ostream& os, ViewFrustum const& f) {
+std::ostream& operator<<(std::ostream& os, const ViewFrustum& f) {
   os << (f.getKind() == ViewFrustum::Kind::Perspective ? "ViewFrustum(perspective"
                                                        : "ViewFrustum(orthographic")
      << ", eye " << f.getEye() << ", forward " << f.getForward() << ", up " << f.getUp() << ", half size "

@@ -7,27 +7,27 @@
 
 namespace gui_objects {
 
-namespace clip_detail {
+namespace detail {
 void throwInvalidIndex() { throw vertex_vector::InvalidIndexException(); }
 void throwBindingMismatch() { throw vertex_vector::BindingMismatchException(); }
 void throwAppend() { throw vertex_vector::AppendException(); }
-}  // namespace clip_detail
+}  // namespace detail
 
-using clip_detail::throwAppend;
-using clip_detail::throwBindingMismatch;
-using clip_detail::throwInvalidIndex;
+using detail::throwAppend;
+using detail::throwBindingMismatch;
+using detail::throwInvalidIndex;
 
 namespace {
 
 // A float attribute interpolated like the float points: the difference in
 // float, scaled and added in double, narrowed at the end.
 float interpolateFloat(double t, float a, float b) {
-  float const d = b - a;
+  const float d = b - a;
   return static_cast<float>(static_cast<double>(a) + static_cast<double>(d) * t);
 }
 
 template <class T>
-void bindAll(std::optional<std::vector<T>>& slot, T const* values, std::size_t count) {
+void bindAll(std::optional<std::vector<T>>& slot, const T* values, std::size_t count) {
   if (values == nullptr && count > 0) throwAppend();
   std::vector<T> copy;
   if (count > 0) copy.assign(values, values + count);
@@ -35,8 +35,8 @@ void bindAll(std::optional<std::vector<T>>& slot, T const* values, std::size_t c
 }
 
 template <class T>
-void appendOne(std::optional<std::vector<T>>& slot, std::size_t vertexCount, T const& value) {
-  std::size_t const have = slot ? slot->size() : 0;
+void appendOne(std::optional<std::vector<T>>& slot, std::size_t vertexCount, const T& value) {
+  const std::size_t have = slot ? slot->size() : 0;
   if (have + 1 != vertexCount) throwAppend();
   if (!slot) slot.emplace();
   slot->push_back(value);
@@ -49,7 +49,7 @@ void makeRoom(std::vector<T>& v) {
   if (v.size() == v.capacity()) v.reserve(2 * v.size() + 4);
 }
 
-bool sameBinding(VertexVector::Impl const& a, VertexVector::Impl const& b) {
+bool sameBinding(const VertexVector::Impl& a, const VertexVector::Impl& b) {
   return a.rgbaColors.has_value() == b.rgbaColors.has_value() &&
          a.colorIndices.has_value() == b.colorIndices.has_value() &&
          a.textureCoords.has_value() == b.textureCoords.has_value() &&
@@ -62,17 +62,17 @@ bool sameBinding(VertexVector::Impl const& a, VertexVector::Impl const& b) {
 // when dst is empty, checks the sets agree otherwise, checks src holds every
 // value of vertex index (and of index2 when interpolating), and reserves room
 // so that the appends that follow cannot fail half-way.
-void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::size_t index,
+void prepareAppend(VertexVector::Impl& dst, const VertexVector::Impl& src, std::size_t index,
                    std::size_t index2) {
-  std::size_t const n = src.vertices.size();
+  const std::size_t n = src.vertices.size();
   if (index >= n || index2 >= n) throwInvalidIndex();
-  auto checkValues = [&](auto const& slot) {
+  auto checkValues = [&](const auto& slot) {
     if (slot && (index >= slot->size() || index2 >= slot->size())) throwInvalidIndex();
   };
   src.forEachAttribute(checkValues);
   if (dst.vertices.empty()) {
     if (!sameBinding(dst, src)) {
-      dst.forEachAttribute(src, [](auto& mine, auto const& theirs) {
+      dst.forEachAttribute(src, [](auto& mine, const auto& theirs) {
         if (theirs)
           mine.emplace();
         else
@@ -83,9 +83,9 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
     throwBindingMismatch();
   } else {
     // An out-of-step destination would stay out of step after the append.
-    std::size_t const have = dst.vertices.size();
+    const std::size_t have = dst.vertices.size();
     bool inStep = true;
-    dst.forEachAttribute([&](auto const& slot) {
+    dst.forEachAttribute([&](const auto& slot) {
       if (slot && slot->size() != have) inStep = false;
     });
     if (!inStep) throwAppend();
@@ -101,38 +101,35 @@ void prepareAppend(VertexVector::Impl& dst, VertexVector::Impl const& src, std::
 
 // ---- Construction ---------------------------------------------------------------
 
-VertexVector::VertexVector() : impl_(std::make_unique<Impl>()) {}
+VertexVector::VertexVector() noexcept = default;
 
-VertexVector::VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes)
-    : impl_(std::make_unique<Impl>()) {
+VertexVector::VertexVector(std::size_t count, const Point4d* vertices, const Plane3d* const* userPlanes) {
   if (vertices == nullptr && count > 0) throwAppend();
-  impl_->vertices.assign(vertices, vertices + count);
-  impl_->outcodes.reserve(count);
-  for (Point4d const& p : impl_->vertices) impl_->outcodes.push_back(p.calculateOutcodes(userPlanes));
+  own().vertices.assign(vertices, vertices + count);
+  own().outcodes.reserve(count);
+  for (const Point4d& p : own().vertices) own().outcodes.push_back(p.calculateOutcodes(userPlanes));
 }
 
-VertexVector::VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices)
-    : impl_(std::make_unique<Impl>()) {
+VertexVector::VertexVector(const VertexVector& source, std::size_t count, const std::size_t* indices) {
   if (indices == nullptr && count > 0) throwInvalidIndex();
   for (std::size_t k = 0; k < count; ++k) addVertex(source, indices[k]);
   // An empty selection still carries the source's attribute set.
   if (count == 0) {
-    impl_->forEachAttribute(*source.impl_, [](auto& mine, auto const& theirs) {
+    own().forEachAttribute(source.read(), [](auto& mine, const auto& theirs) {
       if (theirs) mine.emplace();
     });
   }
 }
 
-VertexVector::VertexVector(VertexVector const& other) : impl_(std::make_unique<Impl>(*other.impl_)) {}
+VertexVector::VertexVector(const VertexVector& other)
+    : impl_(other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr) {}
 
-// The moved-from vector is left empty and usable, which costs an allocation.
-VertexVector::VertexVector(VertexVector&& other) : impl_(std::make_unique<Impl>()) {
-  impl_.swap(other.impl_);
-}
+// The moved-from vector is left empty and usable: no state reads as empty.
+VertexVector::VertexVector(VertexVector&& other) noexcept : impl_(std::move(other.impl_)) {}
 
-VertexVector& VertexVector::operator=(VertexVector const& other) {
+VertexVector& VertexVector::operator=(const VertexVector& other) {
   if (this != &other) {
-    auto copy = std::make_unique<Impl>(*other.impl_);
+    auto copy = other.impl_ ? std::make_unique<Impl>(*other.impl_) : nullptr;
     impl_.swap(copy);
   }
   return *this;
@@ -145,75 +142,84 @@ VertexVector& VertexVector::operator=(VertexVector&& other) noexcept {
 
 VertexVector::~VertexVector() = default;
 
+// A vector that never held anything has no state; it reads as this one.
+const VertexVector::Impl& VertexVector::read() const noexcept {
+  static const Impl empty;
+  return impl_ ? *impl_ : empty;
+}
+
+VertexVector::Impl& VertexVector::own() {
+  if (!impl_) impl_ = std::make_unique<Impl>();
+  return *impl_;
+}
+
 // ---- Attributes -----------------------------------------------------------------
 
-void VertexVector::addRGBAColors(Color4b const* colors) { bindAll(impl_->rgbaColors, colors, getSize()); }
-void VertexVector::addColorIndices(float const* indices) { bindAll(impl_->colorIndices, indices, getSize()); }
-void VertexVector::addTextureCoords(Point2f const* coords) {
-  bindAll(impl_->textureCoords, coords, getSize());
+void VertexVector::addRGBAColors(const Color4b* colors) { bindAll(own().rgbaColors, colors, getSize()); }
+void VertexVector::addColorIndices(const float* indices) { bindAll(own().colorIndices, indices, getSize()); }
+void VertexVector::addTextureCoords(const Point2f* coords) {
+  bindAll(own().textureCoords, coords, getSize());
 }
-void VertexVector::addNormals(Point3d const* normals) { bindAll(impl_->normals, normals, getSize()); }
-void VertexVector::addAmbientDiffuseSecondaryColors(Point3f const* colors) {
-  bindAll(impl_->ambientDiffuse, colors, getSize());
+void VertexVector::addNormals(const Point3d* normals) { bindAll(own().normals, normals, getSize()); }
+void VertexVector::addAmbientDiffuseSecondaryColors(const Point3f* colors) {
+  bindAll(own().ambientDiffuse, colors, getSize());
 }
-void VertexVector::addSpecularSecondaryColors(Point3f const* colors) {
-  bindAll(impl_->specular, colors, getSize());
+void VertexVector::addSpecularSecondaryColors(const Point3f* colors) {
+  bindAll(own().specular, colors, getSize());
 }
 
-void VertexVector::addRGBAColor(Color4b const& color) { appendOne(impl_->rgbaColors, getSize(), color); }
-void VertexVector::addColorIndex(float index) { appendOne(impl_->colorIndices, getSize(), index); }
-void VertexVector::addTextureCoord(Point2f const& coord) {
-  appendOne(impl_->textureCoords, getSize(), coord);
+void VertexVector::addRGBAColor(const Color4b& color) { appendOne(own().rgbaColors, getSize(), color); }
+void VertexVector::addColorIndex(float index) { appendOne(own().colorIndices, getSize(), index); }
+void VertexVector::addTextureCoord(const Point2f& coord) { appendOne(own().textureCoords, getSize(), coord); }
+void VertexVector::addNormal(const Point3d& normal) { appendOne(own().normals, getSize(), normal); }
+void VertexVector::addAmbientDiffuseSecondaryColor(const Point3f& color) {
+  appendOne(own().ambientDiffuse, getSize(), color);
 }
-void VertexVector::addNormal(Point3d const& normal) { appendOne(impl_->normals, getSize(), normal); }
-void VertexVector::addAmbientDiffuseSecondaryColor(Point3f const& color) {
-  appendOne(impl_->ambientDiffuse, getSize(), color);
-}
-void VertexVector::addSpecularSecondaryColor(Point3f const& color) {
-  appendOne(impl_->specular, getSize(), color);
+void VertexVector::addSpecularSecondaryColor(const Point3f& color) {
+  appendOne(own().specular, getSize(), color);
 }
 
 // ---- Appending vertices -----------------------------------------------------------
 
-void VertexVector::addVertex(Point4d const& vertex, Plane3d const* const* userPlanes) {
-  Outcode const code = vertex.calculateOutcodes(userPlanes);
-  makeRoom(impl_->vertices);
-  makeRoom(impl_->outcodes);
-  impl_->dropProjection();
-  impl_->vertices.push_back(vertex);
-  impl_->outcodes.push_back(code);
+void VertexVector::addVertex(const Point4d& vertex, const Plane3d* const* userPlanes) {
+  const Outcode code = vertex.calculateOutcodes(userPlanes);
+  makeRoom(own().vertices);
+  makeRoom(own().outcodes);
+  own().dropProjection();
+  own().vertices.push_back(vertex);
+  own().outcodes.push_back(code);
 }
 
-void VertexVector::addVertex(VertexVector const& source, std::size_t index) {
+void VertexVector::addVertex(const VertexVector& source, std::size_t index) {
   // A vector appended to itself must read from a stable copy.
   if (&source == this) {
-    VertexVector const copy(source);
+    const VertexVector copy(source);
     addVertex(copy, index);
     return;
   }
-  Impl const& src = *source.impl_;
-  Impl& dst = *impl_;
+  const Impl& src = source.read();
+  Impl& dst = own();
   prepareAppend(dst, src, index, index);
   dst.dropProjection();
   dst.vertices.push_back(src.vertices[index]);
   dst.outcodes.push_back(src.outcodes[index]);
-  dst.forEachAttribute(src, [&](auto& mine, auto const& theirs) {
+  dst.forEachAttribute(src, [&](auto& mine, const auto& theirs) {
     if (theirs) mine->push_back((*theirs)[index]);
   });
 }
 
-void VertexVector::clipVertexToFraction(VertexVector const& source, std::size_t i0, std::size_t i1, double t,
-                                        Plane3d const* const* userPlanes) {
+void VertexVector::clipVertexToFraction(const VertexVector& source, std::size_t i0, std::size_t i1, double t,
+                                        const Plane3d* const* userPlanes) {
   if (&source == this) {
-    VertexVector const copy(source);
+    const VertexVector copy(source);
     clipVertexToFraction(copy, i0, i1, t, userPlanes);
     return;
   }
-  Impl const& src = *source.impl_;
-  Impl& dst = *impl_;
+  const Impl& src = source.read();
+  Impl& dst = own();
   prepareAppend(dst, src, i0, i1);
-  Point4d const p = interpolate(t, src.vertices[i0], src.vertices[i1]);
-  Outcode const code = p.calculateOutcodes(userPlanes);
+  const Point4d p = interpolate(t, src.vertices[i0], src.vertices[i1]);
+  const Outcode code = p.calculateOutcodes(userPlanes);
   dst.dropProjection();
   dst.vertices.push_back(p);
   dst.outcodes.push_back(code);
@@ -228,36 +234,36 @@ void VertexVector::clipVertexToFraction(VertexVector const& source, std::size_t 
   if (src.specular) dst.specular->push_back(interpolate(t, (*src.specular)[i0], (*src.specular)[i1]));
 }
 
-void VertexVector::clipVertexToPlane(VertexVector const& source, std::size_t i0, std::size_t i1,
-                                     std::size_t planeIndex, Plane3d const* const* userPlanes) {
-  double const t = source.getPlaneFraction(i0, i1, planeIndex, userPlanes);
+void VertexVector::clipVertexToPlane(const VertexVector& source, std::size_t i0, std::size_t i1,
+                                     std::size_t planeIndex, const Plane3d* const* userPlanes) {
+  const double t = source.getPlaneFraction(i0, i1, planeIndex, userPlanes);
   clipVertexToFraction(source, i0, i1, t, userPlanes);
 }
 
 double VertexVector::getPlaneFraction(std::size_t i0, std::size_t i1, std::size_t planeIndex,
-                                      Plane3d const* const* userPlanes) const {
-  std::size_t const n = impl_->vertices.size();
+                                      const Plane3d* const* userPlanes) const {
+  const std::size_t n = read().vertices.size();
   if (i0 >= n || i1 >= n) throwInvalidIndex();
-  return calculate_line_t(impl_->vertices[i0], impl_->vertices[i1], planeIndex, userPlanes);
+  return calculate_line_t(read().vertices[i0], read().vertices[i1], planeIndex, userPlanes);
 }
 
 // ---- Queries ------------------------------------------------------------------------
 
-std::size_t VertexVector::getSize() const noexcept { return impl_->vertices.size(); }
+std::size_t VertexVector::getSize() const noexcept { return read().vertices.size(); }
 
 Outcode VertexVector::getOutcode(std::size_t index) const {
-  if (index >= impl_->outcodes.size()) throwInvalidIndex();
-  return impl_->outcodes[index];
+  if (index >= read().outcodes.size()) throwInvalidIndex();
+  return read().outcodes[index];
 }
 
 bool VertexVector::getAccept() const noexcept {
-  for (Outcode c : impl_->outcodes)
+  for (Outcode c : read().outcodes)
     if (c != 0) return false;
   return true;
 }
 
 bool VertexVector::getReject() const noexcept {
-  std::vector<Outcode> const& codes = impl_->outcodes;
+  const std::vector<Outcode>& codes = read().outcodes;
   if (codes.size() <= 1) return true;
   Outcode common = codes[0];
   for (Outcode c : codes) {
@@ -269,51 +275,52 @@ bool VertexVector::getReject() const noexcept {
 
 namespace {
 template <class T>
-T const* dataOrNull(std::optional<std::vector<T>> const& slot) noexcept {
+const T* dataOrNull(const std::optional<std::vector<T>>& slot) noexcept {
   return slot ? slot->data() : nullptr;
 }
 }  // namespace
 
-Point4d const* VertexVector::getVertices() const noexcept { return impl_->vertices.data(); }
-Point3d const* VertexVector::getProjectedVertices() const noexcept {
-  return impl_->isProjected ? impl_->projected.data() : nullptr;
+const Point4d* VertexVector::getVertices() const noexcept { return read().vertices.data(); }
+const Point3d* VertexVector::getProjectedVertices() const noexcept {
+  return read().isProjected ? read().projected.data() : nullptr;
 }
-double const* VertexVector::getInverseWCoords() const noexcept {
-  return impl_->isProjected ? impl_->inverseW.data() : nullptr;
+const double* VertexVector::getInverseWCoords() const noexcept {
+  return read().isProjected ? read().inverseW.data() : nullptr;
 }
-Color4b const* VertexVector::getRGBAColors() const noexcept { return dataOrNull(impl_->rgbaColors); }
-float const* VertexVector::getColorIndices() const noexcept { return dataOrNull(impl_->colorIndices); }
-Point2f const* VertexVector::getTextureCoords() const noexcept { return dataOrNull(impl_->textureCoords); }
-Point3d const* VertexVector::getNormals() const noexcept { return dataOrNull(impl_->normals); }
-Point3f const* VertexVector::getAmbientDiffuseSecondaryColors() const noexcept {
-  return dataOrNull(impl_->ambientDiffuse);
+const Color4b* VertexVector::getRGBAColors() const noexcept { return dataOrNull(read().rgbaColors); }
+const float* VertexVector::getColorIndices() const noexcept { return dataOrNull(read().colorIndices); }
+const Point2f* VertexVector::getTextureCoords() const noexcept { return dataOrNull(read().textureCoords); }
+const Point3d* VertexVector::getNormals() const noexcept { return dataOrNull(read().normals); }
+const Point3f* VertexVector::getAmbientDiffuseSecondaryColors() const noexcept {
+  return dataOrNull(read().ambientDiffuse);
 }
-Point3f const* VertexVector::getSpecularSecondaryColors() const noexcept {
-  return dataOrNull(impl_->specular);
+const Point3f* VertexVector::getSpecularSecondaryColors() const noexcept {
+  return dataOrNull(read().specular);
 }
-bool VertexVector::isProjected() const noexcept { return impl_->isProjected; }
+bool VertexVector::isProjected() const noexcept { return read().isProjected; }
 
 // ---- Projection and housekeeping ------------------------------------------------------
 
 void VertexVector::project() {
   std::vector<Point3d> projected;
   std::vector<double> inverseW;
-  projected.reserve(impl_->vertices.size());
-  inverseW.reserve(impl_->vertices.size());
-  for (Point4d const& p : impl_->vertices) {
+  projected.reserve(own().vertices.size());
+  inverseW.reserve(own().vertices.size());
+  for (const Point4d& p : own().vertices) {
     double r = 0.0;
     projected.push_back(p.project(&r));
     inverseW.push_back(r);
   }
-  impl_->projected.swap(projected);
-  impl_->inverseW.swap(inverseW);
-  impl_->isProjected = true;
+  own().projected.swap(projected);
+  own().inverseW.swap(inverseW);
+  own().isProjected = true;
 }
 
 void VertexVector::swap(VertexVector& other) noexcept { impl_.swap(other.impl_); }
 
 void VertexVector::clear() noexcept {
-  // Reset in place: the moved-from state of every member is valid and empty.
+  if (!impl_) return;
+  // Reset in place, so the storage serves the next primitive.
   impl_->vertices.clear();
   impl_->outcodes.clear();
   impl_->dropProjection();
@@ -321,6 +328,7 @@ void VertexVector::clear() noexcept {
 }
 
 void VertexVector::removeVertices() noexcept {
+  if (!impl_) return;
   impl_->vertices.clear();
   impl_->outcodes.clear();
   impl_->dropProjection();
@@ -329,9 +337,9 @@ void VertexVector::removeVertices() noexcept {
   });
 }
 
-std::ostream& operator<<(std::ostream& os, VertexVector const& v) {
+std::ostream& operator<<(std::ostream& os, const VertexVector& v) {
   os << "VertexVector(" << v.getSize() << " vertices";
-  Point4d const* p = v.getVertices();
+  const Point4d* p = v.getVertices();
   for (std::size_t i = 0; i < v.getSize(); ++i)
     os << (i == 0 ? ": " : ", ") << p[i] << " #" << v.getOutcode(i);
   return os << ")";

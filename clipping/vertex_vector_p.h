@@ -26,7 +26,7 @@ struct VertexVector::Impl {
   // Applies f to each attribute of this and the matching one of other, as
   // (std::optional<std::vector<T>>& mine, std::optional<std::vector<T>> const& theirs).
   template <class F>
-  void forEachAttribute(Impl const& other, F&& f) {
+  void forEachAttribute(const Impl& other, F&& f) {
     f(rgbaColors, other.rgbaColors);
     f(colorIndices, other.colorIndices);
     f(textureCoords, other.textureCoords);
@@ -60,10 +60,10 @@ struct VertexVector::Impl {
   }
 };
 
-namespace clip_detail {
+namespace detail {
 [[noreturn]] void throwInvalidIndex();
 [[noreturn]] void throwBindingMismatch();
 [[noreturn]] void throwAppend();
-}  // namespace clip_detail
+}  // namespace detail
 
 }  // namespace gui_objects

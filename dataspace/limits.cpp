@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "common/numeric_class_p.h"
 #include "dataspace/limits_simd_p.h"
 #include "qvgui/dataspace.h"
 #include "qvgui/host.h"
@@ -135,37 +136,14 @@ DataExtents extentsOf(const void* data, std::size_t offset, std::size_t n) {
 }
 
 DataExtents extentsOfRun(zrClassID cls, const void* data, std::size_t offset, std::size_t n) {
-  switch (cls) {
-    case zrDOUBLE_CLASS:
-      return extentsOf<double>(data, offset, n);
-    case zrSINGLE_CLASS:
-      return extentsOf<float>(data, offset, n);
-    case zrINT8_CLASS:
-      return extentsOf<std::int8_t>(data, offset, n);
-    case zrUINT8_CLASS:
-      return extentsOf<std::uint8_t>(data, offset, n);
-    case zrINT16_CLASS:
-      return extentsOf<std::int16_t>(data, offset, n);
-    case zrUINT16_CLASS:
-      return extentsOf<std::uint16_t>(data, offset, n);
-    case zrINT32_CLASS:
-      return extentsOf<std::int32_t>(data, offset, n);
-    case zrUINT32_CLASS:
-      return extentsOf<std::uint32_t>(data, offset, n);
-    case zrINT64_CLASS:
-      return extentsOf<std::int64_t>(data, offset, n);
-    case zrUINT64_CLASS:
-      return extentsOf<std::uint64_t>(data, offset, n);
-    default:
-      return DataExtents();
-  }
+  return qvgui_numeric::visitNumericClass(
+      cls, [&](auto tag) { return extentsOf<typename decltype(tag)::type>(data, offset, n); },
+      [] { return DataExtents(); });
 }
 
 }  // namespace
 
-bool Limits::isSupportedType(zrClassID classId) noexcept {
-  return classId >= zrDOUBLE_CLASS && classId <= zrUINT64_CLASS;
-}
+bool Limits::isSupportedType(zrClassID classId) noexcept { return qvgui_numeric::isNumericClass(classId); }
 
 DataExtents Limits::computeExtents(const zrArray_tag* array) {
   if (array == nullptr) return DataExtents();

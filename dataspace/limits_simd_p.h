@@ -8,6 +8,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "common/compiler_p.h"
 #include "qvgui/export.h"
 
 namespace gk::detail {
@@ -90,7 +91,7 @@ ExtentsScan scanIntegerScalar(const T* p, std::size_t n) noexcept {
 
 // ---- x86-64 scans (SSE2 is the baseline there; AVX2 only after a CPU check) --------------------
 
-#if defined(__x86_64__) || defined(_M_X64)
+#if defined(QVGUI_X86_64)
 #define QVGUI_EXTENTS_X86 1
 ExtentsScan scanDoubleSse2(const double* p, std::size_t n) noexcept;
 ExtentsScan scanFloatSse2(const float* p, std::size_t n) noexcept;
@@ -98,7 +99,7 @@ ExtentsScan scanInt16Sse2(const std::int16_t* p, std::size_t n) noexcept;
 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept;
 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept;
 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexcept;
-bool cpuHasAvx2() noexcept;
+using qvgui_bits::cpuHasAvx2;
 #endif
 
 }  // namespace gk::detail

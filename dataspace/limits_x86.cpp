@@ -192,9 +192,7 @@ ExtentsScan scanInt16Sse2(const std::int16_t* p, std::size_t n) noexcept {
 
 // ---- AVX2 --------------------------------------------------------------------------------------
 
-#define QVGUI_AVX2 __attribute__((target("avx2")))
-
-QVGUI_AVX2 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept {
+QVGUI_TARGET_AVX2 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept {
   const __m256d inf = _mm256_set1_pd(kInf);
   const __m256d absMask = _mm256_castsi256_pd(_mm256_set1_epi64x(0x7FFFFFFFFFFFFFFF));
   const __m256d zero = _mm256_setzero_pd();
@@ -220,7 +218,7 @@ QVGUI_AVX2 ExtentsScan scanDoubleAvx2(const double* p, std::size_t n) noexcept {
   return merge(foldLanes(a), scanFloatingScalar(p + i, n - i));
 }
 
-QVGUI_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
+QVGUI_TARGET_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
   const __m256 inf = _mm256_set1_ps(kInfF);
   const __m256 absMask = _mm256_castsi256_ps(_mm256_set1_epi32(0x7FFFFFFF));
   const __m256 zero = _mm256_setzero_ps();
@@ -246,7 +244,7 @@ QVGUI_AVX2 ExtentsScan scanFloatAvx2(const float* p, std::size_t n) noexcept {
   return merge(foldLanes(a), scanFloatingScalar(p + i, n - i));
 }
 
-QVGUI_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexcept {
+QVGUI_TARGET_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexcept {
   const __m256i one = _mm256_set1_epi16(1);
   __m256i lo = _mm256_set1_epi16(0x7FFF), hi = _mm256_set1_epi16(static_cast<short>(0x8000));
   __m256i umax = _mm256_setzero_si256();
@@ -270,15 +268,6 @@ QVGUI_AVX2 ExtentsScan scanInt16Avx2(const std::int16_t* p, std::size_t n) noexc
   if (i > 0) acc.foldLanes(l, h, um, up);
   for (; i < n; ++i) acc.add(p[i]);
   return acc.finish(n > 0);
-}
-
-bool cpuHasAvx2() noexcept {
-#if defined(__GNUC__)
-  __builtin_cpu_init();
-  return __builtin_cpu_supports("avx2");
-#else
-  return false;
-#endif
 }
 
 }  // namespace gk::detail

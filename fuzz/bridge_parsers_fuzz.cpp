@@ -5,6 +5,7 @@
 #include <string>
 
 #include "qvgui/bridge.h"
+#include "qvhost/testing.h"
 
 namespace cfs = gui_objects::convert_from_string_utils;
 

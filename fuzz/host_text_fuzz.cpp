@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace {
 

@@ -97,8 +97,8 @@ BoundingVolume::BoundingVolume(const Point3d& center, double xWidth, double yWid
 }
 
 BoundingVolume::BoundingVolume(const Point3d& a, const Point3d& b) noexcept {
-  Point3d const lo = min_point(a, b);
-  Point3d const hi = max_point(a, b);
+  const Point3d lo = min_point(a, b);
+  const Point3d hi = max_point(a, b);
   xMin_ = lo.getX();
   yMin_ = lo.getY();
   zMin_ = lo.getZ();
@@ -138,7 +138,7 @@ bool BoundingVolume::isEmpty() const noexcept {
 }
 
 void BoundingVolume::inflate(double f) noexcept {
-  double const dx = f * getXWidth(), dy = f * getYWidth(), dz = f * getZWidth();
+  const double dx = f * getXWidth(), dy = f * getYWidth(), dz = f * getZWidth();
   xMin_ -= dx;
   xMax_ += dx;
   yMin_ -= dy;
@@ -178,7 +178,7 @@ BoundingVolume transform(const Matrix4x4d& m, const BoundingVolume& v) {
   if (!v.isValid()) return v;
   Point3d corners[8];
   for (int k = 0; k < 8; ++k) {
-    Point3d const c((k & 1) ? v.getXMax() : v.getXMin(), (k & 2) ? v.getYMax() : v.getYMin(),
+    const Point3d c((k & 1) ? v.getXMax() : v.getXMin(), (k & 2) ? v.getYMax() : v.getYMin(),
                     (k & 4) ? v.getZMax() : v.getZMin());
     corners[k] = transform(m, c).project();
   }
@@ -205,7 +205,7 @@ struct CellRange {
 CellRange coverAxis(double a, double b, double origin, double stride) {
   constexpr double lo32 = std::numeric_limits<std::int32_t>::min();
   constexpr double hi32 = std::numeric_limits<std::int32_t>::max();
-  double const qa = (a - origin) / stride, qb = (b - origin) / stride;
+  const double qa = (a - origin) / stride, qb = (b - origin) / stride;
   // Also keeps the correction steps below finite: far beyond 2^31 they would
   // no longer change the value.
   if (!(qa >= lo32 && qb <= hi32 - 1.0)) raise<InvalidAxisAlignedBoundingBoxException>();
@@ -225,10 +225,10 @@ CellRange coverAxis(double a, double b, double origin, double stride) {
 GriddedBounds expand_bounds_to_grid(const AABB2d& bounds, std::size_t xOrigin, std::size_t yOrigin,
                                     std::size_t xStride, std::size_t yStride) {
   if (xStride == 0 || yStride == 0) raise<InvalidWidthException>();
-  Rectangle2d const box = bounds.getBounds();  // throws when unset
-  CellRange const x =
+  const Rectangle2d box = bounds.getBounds();  // throws when unset
+  const CellRange x =
       coverAxis(box.getXMin(), box.getXMax(), static_cast<double>(xOrigin), static_cast<double>(xStride));
-  CellRange const y =
+  const CellRange y =
       coverAxis(box.getYMin(), box.getYMax(), static_cast<double>(yOrigin), static_cast<double>(yStride));
   return GriddedBounds(AABB2d(Rectangle2d(x.lo, y.lo, x.hi, y.hi)),
                        Rectangle2i(x.first, y.first, x.end, y.end), xStride, yStride);

@@ -17,8 +17,8 @@ Inset2d::Inset2d(double xMin, double yMin, double xMax, double yMax)
 
 Rectangle2d Inset2d::apply(const Rectangle2d& r) const {
   if (xMin_ + xMax_ > r.getWidth() || yMin_ + yMax_ > r.getHeight()) raiseInset();
-  double const x0 = r.getXMin() + xMin_, x1 = r.getXMax() - xMax_;
-  double const y0 = r.getYMin() + yMin_, y1 = r.getYMax() - yMax_;
+  const double x0 = r.getXMin() + xMin_, x1 = r.getXMax() - xMax_;
+  const double y0 = r.getYMin() + yMin_, y1 = r.getYMax() - yMax_;
   // Insets that fill the rectangle exactly can still cross by rounding.
   if (!(x0 <= x1) || !(y0 <= y1)) raiseInset();
   return Rectangle2d(x0, y0, x1, y1);

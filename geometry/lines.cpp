@@ -23,16 +23,16 @@ void makeUnitTangent(const P& point, V& tangent, P& end) {
 
 template <class P, class V>
 P nearestOnLine(const P& point, const V& tangent, const P& p) noexcept {
-  double const s = (p - point).dot(tangent) / tangent.dot(tangent);
+  const double s = (p - point).dot(tangent) / tangent.dot(tangent);
   return point + s * tangent;
 }
 
 // On the line the radicand can round below zero; that distance is 0, not NaN.
 template <class P, class V>
 double distanceToLine(const P& point, const V& tangent, const P& p) noexcept {
-  V const d = p - point;
-  double const along = d.dot(tangent);
-  double const radicand = d.lengthSquared() - along * along / tangent.lengthSquared();
+  const V d = p - point;
+  const double along = d.dot(tangent);
+  const double radicand = d.lengthSquared() - along * along / tangent.lengthSquared();
   return radicand > 0.0 ? std::sqrt(radicand) : 0.0;
 }
 }  // namespace
@@ -72,13 +72,13 @@ Line2d& Line2d::offset(const Vector2d& d) noexcept {
 Line2d& Line2d::offset(double s) noexcept { return offset(s * tangent_.perpDot()); }
 
 Point2d Line2d::intersect(const Line2d& other) const {
-  Vector2d const t1 = tangent_;
-  Vector2d const t2 = other.tangent_;
-  Vector2d const delta = other.point_ - point_;
-  double const c = t1.cross(t2);
+  const Vector2d t1 = tangent_;
+  const Vector2d t2 = other.tangent_;
+  const Vector2d delta = other.point_ - point_;
+  const double c = t1.cross(t2);
   // Written as a negation so that NaN counts as parallel too.
   if (!(c * c > 1e-6 * t1.lengthSquared() * t2.lengthSquared())) raiseTag<ParallelException>();
-  double const s = delta.cross(t2) / c;
+  const double s = delta.cross(t2) / c;
   return point_ + s * t1;
 }
 
@@ -103,7 +103,7 @@ Line3d& Line3d::normalize() {
 }
 
 Point3d Line3d::evaluate(double t) const noexcept {
-  double const s = 1.0 - t;
+  const double s = 1.0 - t;
   return Point3d(s * point_.getX() + t * end_.getX(), s * point_.getY() + t * end_.getY(),
                  s * point_.getZ() + t * end_.getZ());
 }
@@ -135,7 +135,7 @@ Vector3d LineSegment3d::getDirection() const {
 double LineSegment3d::getLength() const noexcept { return (end_ - start_).length(); }
 
 Point3d LineSegment3d::evaluate(double t) const noexcept {
-  double const s = 1.0 - t;
+  const double s = 1.0 - t;
   return Point3d(s * start_.getX() + t * end_.getX(), s * start_.getY() + t * end_.getY(),
                  s * start_.getZ() + t * end_.getZ());
 }

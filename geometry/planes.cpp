@@ -28,11 +28,11 @@ Plane3d::Plane3d(const Point3d& p, const Vector3d& normal) {
 }
 
 Plane3d::Plane3d(const Point3d& p0, const Point3d& p1, const Point3d& p2) {
-  Vector3d const e1 = p1 - p0;
-  Vector3d const e2 = p2 - p0;
+  const Vector3d e1 = p1 - p0;
+  const Vector3d e2 = p2 - p0;
   if (isZeroWithinEps(e1.lengthSquared()) || isZeroWithinEps(e2.lengthSquared()))
     raise<ZeroLengthException>();
-  Vector3d const n = e1.cross(e2);
+  const Vector3d n = e1.cross(e2);
   a_ = n.getX();
   b_ = n.getY();
   c_ = n.getZ();
@@ -43,7 +43,7 @@ Plane3d::Plane3d(const Point3d& p0, const Point3d& p1, const Point3d& p2) {
 void Plane3d::renormalize() {
   Vector3d n(a_, b_, c_);
   if (isZeroWithinEps(n.lengthSquared())) raise<ZeroLengthException>();
-  double const length = n.length();
+  const double length = n.length();
   n.normalize();
   a_ = n.getX();
   b_ = n.getY();
@@ -66,8 +66,8 @@ Plane3d Plane3d::offset(double delta) const { return Plane3d(getNormal(), d_ + d
 Plane3d Plane3d::negate() const { return Plane3d(-getNormal(), -d_); }
 
 double Plane3d::intersectionParameter(const Line3d& l) const {
-  Vector3d const n = getNormal();
-  double const nt = n.dot(l.getTangent());
+  const Vector3d n = getNormal();
+  const double nt = n.dot(l.getTangent());
   if (isZeroWithinEps(nt)) raiseTag<ParallelException>();
   return (d_ - n.dot(Vector3d(l.evaluate(0.0)))) / nt;
 }
@@ -75,8 +75,8 @@ double Plane3d::intersectionParameter(const Line3d& l) const {
 Point3d Plane3d::intersect(const Line3d& l) const { return l.evaluate(intersectionParameter(l)); }
 
 Plane3d transform(const Matrix4x4d& m, const Plane3d& p) {
-  Vector3d const n = p.getNormal();
-  Point4d const q =
+  const Vector3d n = p.getNormal();
+  const Point4d q =
       m.createInverseTranspose().transform(Point4d(n.getX(), n.getY(), n.getZ(), -p.getOffset()));
   return Plane3d(Vector3d(q.getX(), q.getY(), q.getZ()), -q.getW());
 }
@@ -108,10 +108,10 @@ Plane3d fitPlaneThroughPoints(const VertexSet& vertices, const std::size_t* indi
   Vector3d sum;
   Vector3d n;
   if (count == 4) {
-    Point3d const p0 = vertices.getVertex(indices[0]);
-    Point3d const p1 = vertices.getVertex(indices[1]);
-    Point3d const p2 = vertices.getVertex(indices[2]);
-    Point3d const p3 = vertices.getVertex(indices[3]);
+    const Point3d p0 = vertices.getVertex(indices[0]);
+    const Point3d p1 = vertices.getVertex(indices[1]);
+    const Point3d p2 = vertices.getVertex(indices[2]);
+    const Point3d p3 = vertices.getVertex(indices[3]);
     sum = Vector3d(p0) + Vector3d(p1) + Vector3d(p2) + Vector3d(p3);
     // The diagonals' cross product is exact for planar quads and the
     // least-squares-like choice for warped ones.
@@ -120,7 +120,7 @@ Plane3d fitPlaneThroughPoints(const VertexSet& vertices, const std::size_t* indi
   } else {
     Point3d prev = vertices.getVertex(indices[count - 1]);
     for (std::size_t i = 0; i < count; ++i) {
-      Point3d const cur = vertices.getVertex(indices[i]);
+      const Point3d cur = vertices.getVertex(indices[i]);
       sum += Vector3d(cur);
       n += newell_area(prev, cur);
       prev = cur;
@@ -130,7 +130,7 @@ Plane3d fitPlaneThroughPoints(const VertexSet& vertices, const std::size_t* indi
     n = Vector3d(0.0, 0.0, 1.0);
   else
     n.normalize();
-  double const offset = n.dot(sum) / static_cast<double>(count);
+  const double offset = n.dot(sum) / static_cast<double>(count);
   return Plane3d(n, offset);
 }
 

@@ -52,9 +52,9 @@ Quad3d Quad3d::reparameterize() const {
 }
 
 Quad3d transform(const Matrix4x4d& m, const Quad3d& q) {
-  Point3d const o = transform(m, q.getRawOrigin()).project();
-  Point3d const pu = transform(m, q.getRawOrigin() + q.getUBasis()).project();
-  Point3d const pv = transform(m, q.getRawOrigin() + q.getVBasis()).project();
+  const Point3d o = transform(m, q.getRawOrigin()).project();
+  const Point3d pu = transform(m, q.getRawOrigin() + q.getUBasis()).project();
+  const Point3d pv = transform(m, q.getRawOrigin() + q.getVBasis()).project();
   try {
     return Quad3d(o, pu - o, pv - o, q.getURange(), q.getVRange());
   } catch (const InvalidQuadException&) {

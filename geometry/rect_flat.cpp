@@ -58,10 +58,10 @@ bool guiSectRect(const qvrect* a, const qvrect* b, qvrect* out) noexcept {
     return false;
   }
   // Closed in x, open in y: window code relies on vertical edges touching.
-  bool const meets = a->right >= b->left && a->left <= b->right && a->top < b->bottom && a->bottom > b->top;
+  const bool meets = a->right >= b->left && a->left <= b->right && a->top < b->bottom && a->bottom > b->top;
   if (out != nullptr) {
     if (meets) {
-      qvrect const sect{a->top > b->top ? a->top : b->top, a->left > b->left ? a->left : b->left,
+      const qvrect sect{a->top > b->top ? a->top : b->top, a->left > b->left ? a->left : b->left,
                         a->bottom < b->bottom ? a->bottom : b->bottom,
                         a->right < b->right ? a->right : b->right};
       *out = sect;  // out may alias a or b
@@ -74,7 +74,7 @@ bool guiSectRect(const qvrect* a, const qvrect* b, qvrect* out) noexcept {
 
 void guiUnionRect(const qvrect* a, const qvrect* b, qvrect* out) noexcept {
   if (a == nullptr || b == nullptr || out == nullptr) return;
-  qvrect const u{a->top < b->top ? a->top : b->top, a->left < b->left ? a->left : b->left,
+  const qvrect u{a->top < b->top ? a->top : b->top, a->left < b->left ? a->left : b->left,
                  a->bottom > b->bottom ? a->bottom : b->bottom, a->right > b->right ? a->right : b->right};
   *out = u;
 }
@@ -101,15 +101,15 @@ constexpr double kPi = 3.14159265358979323846;
 // The corner travels as a qvpoint, so it is narrowed to 16 bits on the way
 // in and out, like every device point of the flat interface.
 qvpoint rotateCorner(std::int32_t x, std::int32_t y, double radians) noexcept {
-  qvpoint const p{static_cast<std::int16_t>(y), static_cast<std::int16_t>(x)};
+  const qvpoint p{static_cast<std::int16_t>(y), static_cast<std::int16_t>(x)};
   if (p.h == 0 && p.v == 0) return p;
-  double const px = p.h, py = p.v;
-  double const rho = std::sqrt(px * px + py * py);
+  const double px = p.h, py = p.v;
+  const double rho = std::sqrt(px * px + py * py);
   // y is negated because it grows downwards: positive degrees turn
   // counter-clockwise on screen.
-  double const theta = std::atan2(-py, px) + radians;
-  double const nx = std::floor(rho * std::cos(theta) + 0.5);
-  double const ny = -std::floor(rho * std::sin(theta) + 0.5);
+  const double theta = std::atan2(-py, px) + radians;
+  const double nx = std::floor(rho * std::cos(theta) + 0.5);
+  const double ny = -std::floor(rho * std::sin(theta) + 0.5);
   return qvpoint{static_cast<std::int16_t>(static_cast<std::int32_t>(ny)),
                  static_cast<std::int16_t>(static_cast<std::int32_t>(nx))};
 }
@@ -118,11 +118,11 @@ qvpoint rotateCorner(std::int32_t x, std::int32_t y, double radians) noexcept {
 
 void guiRotateRect(qvrect* r, int degrees) noexcept {
   if (r == nullptr) return;
-  double const radians = kPi * static_cast<double>(degrees) / 180.0;
-  qvpoint const a = rotateCorner(r->right, r->top, radians);
-  qvpoint const b = rotateCorner(r->left, r->top, radians);
-  qvpoint const c = rotateCorner(r->left, r->bottom, radians);
-  qvpoint const d = rotateCorner(r->right, r->bottom, radians);
+  const double radians = kPi * static_cast<double>(degrees) / 180.0;
+  const qvpoint a = rotateCorner(r->right, r->top, radians);
+  const qvpoint b = rotateCorner(r->left, r->top, radians);
+  const qvpoint c = rotateCorner(r->left, r->bottom, radians);
+  const qvpoint d = rotateCorner(r->right, r->bottom, radians);
   r->top = a.v;
   r->left = b.h;
   r->bottom = c.v;

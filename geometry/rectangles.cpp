@@ -45,8 +45,8 @@ Rectangle2i::Rectangle2i(std::int32_t xMin, std::int32_t yMin, std::int32_t xMax
 }
 
 Rectangle2i::Rectangle2i(const Point2i& a, const Point2i& b) noexcept {
-  Point2i const lo = min_point(a, b);
-  Point2i const hi = max_point(a, b);
+  const Point2i lo = min_point(a, b);
+  const Point2i hi = max_point(a, b);
   xMin_ = lo.getX();
   yMin_ = lo.getY();
   xMax_ = hi.getX();
@@ -100,8 +100,8 @@ Rectangle2i& Rectangle2i::operator-=(const Vector2i& d) noexcept {
 
 void Rectangle2i::inset(const Vector2i& d) {
   // 64-bit so that a huge outset cannot wrap into a valid-looking rectangle.
-  std::int64_t const x0 = std::int64_t{xMin_} + d.getX(), x1 = std::int64_t{xMax_} - d.getX();
-  std::int64_t const y0 = std::int64_t{yMin_} + d.getY(), y1 = std::int64_t{yMax_} - d.getY();
+  const std::int64_t x0 = std::int64_t{xMin_} + d.getX(), x1 = std::int64_t{xMax_} - d.getX();
+  const std::int64_t y0 = std::int64_t{yMin_} + d.getY(), y1 = std::int64_t{yMax_} - d.getY();
   constexpr std::int64_t lo = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t hi = std::numeric_limits<std::int32_t>::max();
   if (x0 > x1 || y0 > y1 || x0 < lo || y0 < lo || x1 > hi || y1 > hi) raiseCrossed();
@@ -112,8 +112,8 @@ void Rectangle2i::inset(const Vector2i& d) {
 }
 
 void Rectangle2i::outset(const Vector2i& d) {
-  std::int64_t const x0 = std::int64_t{xMin_} - d.getX(), x1 = std::int64_t{xMax_} + d.getX();
-  std::int64_t const y0 = std::int64_t{yMin_} - d.getY(), y1 = std::int64_t{yMax_} + d.getY();
+  const std::int64_t x0 = std::int64_t{xMin_} - d.getX(), x1 = std::int64_t{xMax_} + d.getX();
+  const std::int64_t y0 = std::int64_t{yMin_} - d.getY(), y1 = std::int64_t{yMax_} + d.getY();
   constexpr std::int64_t lo = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t hi = std::numeric_limits<std::int32_t>::max();
   if (x0 > x1 || y0 > y1 || x0 < lo || y0 < lo || x1 > hi || y1 > hi) raiseCrossed();
@@ -157,8 +157,8 @@ Rectangle2d::Rectangle2d(double xMin, double yMin, double xMax, double yMax)
 }
 
 Rectangle2d::Rectangle2d(const Point2d& a, const Point2d& b) noexcept {
-  Point2d const lo = min_point(a, b);
-  Point2d const hi = max_point(a, b);
+  const Point2d lo = min_point(a, b);
+  const Point2d hi = max_point(a, b);
   xMin_ = lo.getX();
   yMin_ = lo.getY();
   xMax_ = hi.getX();
@@ -199,8 +199,8 @@ Rectangle2d& Rectangle2d::operator-=(const Vector2d& d) noexcept {
 }
 
 void Rectangle2d::inset(const Vector2d& d) {
-  double const x0 = xMin_ + d.getX(), x1 = xMax_ - d.getX();
-  double const y0 = yMin_ + d.getY(), y1 = yMax_ - d.getY();
+  const double x0 = xMin_ + d.getX(), x1 = xMax_ - d.getX();
+  const double y0 = yMin_ + d.getY(), y1 = yMax_ - d.getY();
   if (crossed(x0, x1) || crossed(y0, y1)) raiseCrossed();
   xMin_ = x0;
   xMax_ = x1;
@@ -217,7 +217,7 @@ namespace {
 double ulp(double v) noexcept {
   int e = 0;
   std::frexp(v, &e);
-  double const spacing = std::ldexp(1.0, e - 53);
+  const double spacing = std::ldexp(1.0, e - 53);
   return spacing > 0.0 ? spacing : std::numeric_limits<double>::denorm_min();
 }
 
@@ -232,12 +232,12 @@ std::int32_t toInt32(double v) noexcept {
 }
 
 double roundMaxOutward(double v) noexcept {
-  double const r = std::round(v);
+  const double r = std::round(v);
   return r + 2.0 * ulp(v) > v ? r : r + 1.0;
 }
 
 double roundMinOutward(double v) noexcept {
-  double const r = std::round(v);
+  const double r = std::round(v);
   return v > r - 2.0 * ulp(v) ? r : r - 1.0;
 }
 

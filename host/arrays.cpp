@@ -101,34 +101,14 @@ zrArray_tag* newArray(zrClassID id, std::vector<zrSize> dims) {
 
 double elementAsDouble(const zrArray_tag* a, zrSize i) noexcept {
   const void* d = a->data;
-  switch (a->classID) {
-    case zrDOUBLE_CLASS:
-      return static_cast<const double*>(d)[i];
-    case zrSINGLE_CLASS:
-      return static_cast<const float*>(d)[i];
-    case zrINT8_CLASS:
-      return static_cast<const std::int8_t*>(d)[i];
-    case zrUINT8_CLASS:
-      return static_cast<const std::uint8_t*>(d)[i];
-    case zrINT16_CLASS:
-      return static_cast<const std::int16_t*>(d)[i];
-    case zrUINT16_CLASS:
-      return static_cast<const std::uint16_t*>(d)[i];
-    case zrINT32_CLASS:
-      return static_cast<const std::int32_t*>(d)[i];
-    case zrUINT32_CLASS:
-      return static_cast<const std::uint32_t*>(d)[i];
-    case zrINT64_CLASS:
-      return static_cast<double>(static_cast<const std::int64_t*>(d)[i]);
-    case zrUINT64_CLASS:
-      return static_cast<double>(static_cast<const std::uint64_t*>(d)[i]);
-    case zrLOGICAL_CLASS:
-      return static_cast<const bool*>(d)[i] ? 1.0 : 0.0;
-    case zrCHAR_CLASS:
-      return static_cast<const char16_t*>(d)[i];
-    default:
-      return std::nan("");
-  }
+  return qvgui_numeric::visitNumericClass(
+      a->classID,
+      [&](auto tag) { return static_cast<double>(static_cast<const typename decltype(tag)::type*>(d)[i]); },
+      [&] {
+        if (a->classID == zrLOGICAL_CLASS) return static_cast<const bool*>(d)[i] ? 1.0 : 0.0;
+        if (a->classID == zrCHAR_CLASS) return static_cast<double>(static_cast<const char16_t*>(d)[i]);
+        return std::nan("");
+      });
 }
 
 }  // namespace qvhost

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "common/numeric_class_p.h"
 #include "host_p.h"
 
 // Element storage: numeric, logical and char arrays keep their elements in
@@ -46,7 +47,7 @@ namespace qvhost {
 
 const char* className(zrClassID id) noexcept;
 zrSize classElementSize(zrClassID id) noexcept;
-inline bool isNumericClass(zrClassID id) noexcept { return id >= zrDOUBLE_CLASS && id <= zrUINT64_CLASS; }
+using qvgui_numeric::isNumericClass;
 // Classes whose elements live in `data`.
 inline bool hasElementStorage(zrClassID id) noexcept {
   return isNumericClass(id) || id == zrLOGICAL_CLASS || id == zrCHAR_CLASS;

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace qvhost {
 
@@ -20,7 +20,7 @@ namespace qvhost {
 
 // printf into a std::string.
 std::string formatV(const char* format, std::va_list args);
-std::string format(const char* format, ...);
+std::string format(const char* format, ...) QV_PRINTF_FORMAT(1, 2);
 
 // Takes one allocation from the failure hook's budget, or raises out-of-memory
 // for a request of `bytes` when the budget is spent.

@@ -241,14 +241,31 @@ void b_str2func(int, zrArray_tag** plhs, int nrhs, const zrArray_tag* const* prh
   plhs[0] = zrCreateFunctionHandle(name.c_str());
 }
 
-#define QVHOST_BUILTINS(X)                                                                        \
-  X("error", b_error)                                                                             \
-  X("warning", b_warning)                                                                         \
-  X("disp", b_disp) X("fprintf", b_fprintf) X("sprintf", b_sprintf) X("feval", b_feval)           \
-      X("isequal", b_isequal) X("numel", b_numel) X("isempty", b_isempty) X("class", b_class)     \
-          X("size", b_size) X("zeros", b_zeros) X("ones", b_ones) X("Inf", b_Inf) X("inf", b_Inf) \
-              X("NaN", b_NaN) X("nan", b_NaN) X("pi", b_pi) X("true", b_true) X("false", b_false) \
-                  X("func2str", b_func2str) X("str2func", b_str2func)
+// clang-format off
+#define QVHOST_BUILTINS(X) \
+  X("error", b_error) \
+  X("warning", b_warning) \
+  X("disp", b_disp) \
+  X("fprintf", b_fprintf) \
+  X("sprintf", b_sprintf) \
+  X("feval", b_feval) \
+  X("isequal", b_isequal) \
+  X("numel", b_numel) \
+  X("isempty", b_isempty) \
+  X("class", b_class) \
+  X("size", b_size) \
+  X("zeros", b_zeros) \
+  X("ones", b_ones) \
+  X("Inf", b_Inf) \
+  X("inf", b_Inf) \
+  X("NaN", b_NaN) \
+  X("nan", b_NaN) \
+  X("pi", b_pi) \
+  X("true", b_true) \
+  X("false", b_false) \
+  X("func2str", b_func2str) \
+  X("str2func", b_str2func)
+// clang-format on
 
 struct BuiltinEntry {
   const char* name;

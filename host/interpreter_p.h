@@ -48,10 +48,7 @@ std::vector<Statement> parse(std::string_view text);
 
 // ---- Values ----------------------------------------------------------------------------
 
-struct ArrayDeleter {
-  void operator()(zrArray_tag* a) const noexcept { zrDestroyArray(a); }
-};
-using ArrayPtr = std::unique_ptr<zrArray_tag, ArrayDeleter>;
+using ArrayPtr = HostArrayPtr;
 
 // Raises the ScriptException of an error in the code (identifier and catalogue
 // text formatted with the arguments).

@@ -1,10 +1,11 @@
-// Errors and warnings by message identifier, and the message catalogue built
-// from every area's catalog/*.def file.
+// Errors and warnings by message identifier, and the message catalogue: the
+// host's own texts from catalog/host.def and those libraries register.
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
+#include <unordered_map>
 
 #include "host_p.h"
 
@@ -17,21 +18,17 @@ struct CatalogEntry {
 
 #define QV_MESSAGE(id, text) {id, text},
 const CatalogEntry kCatalog[] = {
-#include "catalog/bridge.def"
-#include "catalog/clipping.def"
-#include "catalog/dataspace.def"
-#include "catalog/geometry.def"
 #include "catalog/host.def"
-#include "catalog/lighting.def"
-#include "catalog/raster.def"
-#include "catalog/surface.def"
-#include "catalog/text.def"
-#include "catalog/window.def"
-    {"", ""},  // keeps the table non-empty while areas are still empty
 };
 #undef QV_MESSAGE
 
 constexpr const char* kUnknownMessageId = "Tavrix::host::UnknownMessage";
+
+// Texts handed over by libraries at load time.
+std::unordered_map<std::string, std::string>& registeredTexts() {
+  static std::unordered_map<std::string, std::string> texts;
+  return texts;
+}
 
 const char* findText(const char* identifier) {
   if (identifier == nullptr || *identifier == '\0') return nullptr;
@@ -39,7 +36,9 @@ const char* findText(const char* identifier) {
   for (const CatalogEntry& entry : kCatalog) {
     if (entry.identifier == id) return entry.text;
   }
-  return nullptr;
+  const auto& registered = registeredTexts();
+  const auto it = registered.find(std::string(id));
+  return it != registered.end() ? it->second.c_str() : nullptr;
 }
 
 // An identifier without a catalogue entry still reads as a sentence naming it;
@@ -163,3 +162,12 @@ std::string hostFormatMessageV(const char* identifier, std::va_list args) {
 }
 
 bool hostCatalogHas(const char* identifier) { return findText(identifier) != nullptr; }
+
+void hostRegisterMessages(const HostMessageText* texts, std::size_t count) {
+  if (texts == nullptr) return;
+  auto& registered = registeredTexts();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (texts[i].identifier == nullptr || *texts[i].identifier == '\0' || texts[i].text == nullptr) continue;
+    registered.emplace(texts[i].identifier, texts[i].text);
+  }
+}

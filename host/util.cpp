@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "common/compiler_p.h"
 #include "host_p.h"
 
 namespace qvhost {
@@ -28,7 +29,7 @@ void consumeAllocation(std::size_t bytes) {
 
 std::size_t checkedMultiply(std::size_t a, std::size_t b) {
   std::size_t product = 0;
-  if (__builtin_mul_overflow(a, b, &product)) throwSizeOverflow();
+  if (qvgui_bits::multiplyOverflows(a, b, &product)) throwSizeOverflow();
   return product;
 }
 

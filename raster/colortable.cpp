@@ -8,20 +8,11 @@
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
 #include "qvgui/window.h"
+#include "geometry/messages_p.h"
 #include "raster/colortable_p.h"
-
-namespace qvgui_raster {
-
-void raiseElementOutOfRange(const char* id, std::int64_t position, double value) {
-  zrErrMsgId(id, static_cast<long long>(position), value);
-}
-
-}  // namespace qvgui_raster
 
 namespace {
 
-using qvgui_raster::kColormapElementOutOfRangeId;
-using qvgui_raster::kDithermapElementOutOfRangeId;
 
 struct UtFree {
   void operator()(void* p) const noexcept { utFree(p); }
@@ -60,7 +51,9 @@ void storeCombined(Colortable_tag* t, Doubles combined, std::int32_t combinedLen
 
 // Whole colours of values, copied and range-checked. The comparisons let NaN
 // through on purpose: only values known to lie outside [0, 1] are refused.
-Doubles checkedCopy(const NReals& values, const char* errorId, std::int32_t* colours) {
+// raiseOutOfRange refuses one element, given its 1-based position and value.
+template <typename Raise>
+Doubles checkedCopy(const NReals& values, const Raise& raiseOutOfRange, std::int32_t* colours) {
   const std::size_t k = values.count > 0 ? static_cast<std::size_t>(values.count) / 3 : 0;
   Doubles copy = allocDoubles(3 * k);
   if (k > 0) std::memcpy(copy.get(), values.values, 3 * k * sizeof(double));
@@ -68,7 +61,7 @@ Doubles checkedCopy(const NReals& values, const char* errorId, std::int32_t* col
     const double v = copy[i];
     if (v < 0.0 || v > 1.0) {
       copy.reset();
-      qvgui_raster::raiseElementOutOfRange(errorId, static_cast<std::int64_t>(i) + 1, v);
+      raiseOutOfRange(static_cast<long long>(i) + 1, v);
     }
   }
   *colours = static_cast<std::int32_t>(k);
@@ -147,7 +140,7 @@ void set_ColortablePtr_extern_data(Colortable_tag* t, double* p) {
 
 void set_ColortablePtr_colormap_data(Colortable_tag* t, const NReals& values) {
   std::int32_t k = 0;
-  Doubles copy = checkedCopy(values, kColormapElementOutOfRangeId, &k);
+  Doubles copy = checkedCopy(values, qvgui_messages::raise::colormapElementOutOfRange, &k);
   std::int32_t combinedLength = 0;
   Doubles combined = buildCombined(t, copy.get(), k, t->UseDithermap, &combinedLength);
   utThrowIfInterruptPending();
@@ -165,7 +158,7 @@ void set_ColortablePtr_colormap_data(Colortable_tag* t, const NReals& values) {
 
 void set_ColortablePtr_dithermap_data(Colortable_tag* t, const NReals& values) {
   std::int32_t k = 0;
-  Doubles copy = checkedCopy(values, kDithermapElementOutOfRangeId, &k);
+  Doubles copy = checkedCopy(values, qvgui_messages::raise::dithermapElementOutOfRange, &k);
   Doubles combined;
   std::int32_t combinedLength = 0;
   if (t->UseDithermap) {

@@ -1,19 +1,10 @@
-// Shared by the colour-table, quantiser and dithering code: the raster area's
-// message identifiers, its one raise helper, and the 8-bit colour rule.
+// Shared by the colour-table, quantiser and dithering code: the 8-bit colour rule.
 #pragma once
 
 #include <cmath>
 #include <cstdint>
 
 namespace qvgui_raster {
-
-inline constexpr const char* kColormapElementOutOfRangeId =
-    "Tavrix::gui::colorptr::ColormapElementOutOfRange";
-inline constexpr const char* kDithermapElementOutOfRangeId =
-    "Tavrix::gui::colorptr::DithermapElementOutOfRange";
-
-// Every raster-area error goes out through here.
-[[noreturn]] void raiseElementOutOfRange(const char* id, std::int64_t position, double value);
 
 // A component in 8-bit units: (int)(x * 255 + 0.5), truncated toward zero.
 // Components are not range-checked anywhere, so out-of-range values saturate

@@ -7,11 +7,10 @@
 #include "qvgui/geometry.h"
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
+#include "geometry/messages_p.h"
 #include "raster/poly_p.h"
 
 using namespace qvgui_raster;
-
-void qvgui_raster::raisePointCountOverflow() { zrErrMsgId(kPointCountOverflowId); }
 
 namespace {
 
@@ -175,7 +174,7 @@ Polygon2* uiBresenhamPolygon2(qvpoint from, qvpoint to, int limit) {
   try {
     g_bresenhamPoly.count = boost::numeric_cast<std::int32_t>(emitted);
   } catch (const boost::numeric::bad_numeric_cast&) {
-    raisePointCountOverflow();
+    qvgui_messages::raise::pointCountOverflow();
   }
   return &g_bresenhamPoly;
 }

@@ -15,10 +15,6 @@ inline constexpr std::int32_t kMissing = -32768;
 // The value that marks a missing vertex value in DrawInterpPoly.
 inline constexpr double kMissingValue = -32768.0;
 
-// Raised when uiBresenhamPolygon2's point count does not fit in 32 bits.
-inline constexpr const char* kPointCountOverflowId = "Tavrix::gui::raster::PointCountOverflow";
-[[noreturn]] void raisePointCountOverflow();
-
 [[nodiscard]] inline bool isMissing(const qvpoint32& p) noexcept {
   return p.x == kMissing || p.y == kMissing;
 }

@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ clang libclang-rt-14-dev libboost-dev libgtest-dev libgmock-dev libbenchmark-dev cppcheck python-matplotlib-data
   pkg-config libcairo2-dev libfreetype-dev libpng-dev fonts-urw-base35
-  libcli11-dev)
+  libcli11-dev clang-format binutils)
 # The peer comparisons under bench/ need more; QVGUI_BENCH_DEPS=1 adds them.
 bench_packages=(python3-pil python3-numpy python3-matplotlib python3-contourpy)
 if [[ "${QVGUI_BENCH_DEPS:-0}" == 1 ]]; then

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The whole test suite: static analysis, a warnings-as-errors build with every test, the
+# The whole test suite: formatting, static analysis, a warnings-as-errors build with every test, the
 # installed package used by the example consumer, the same tests under
 # AddressSanitizer and UndefinedBehaviorSanitizer, and a short run of every
 # fuzzer (clang).
@@ -9,6 +9,9 @@ scripts/install-deps.sh
 
 jobs=$(nproc)
 fuzz_seconds=${QVGUI_FUZZ_SECONDS:-5}
+
+echo "== Formatting (clang-format) =="
+scripts/check-format.sh
 
 echo "== Static analysis (cppcheck) =="
 cppcheck --quiet --std=c++17 --language=c++ --enable=warning,performance,portability --inline-suppr \

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "geometry/messages_p.h"
 #include "qvgui/surface.h"
 #include "surface/host_memory_p.h"
 
@@ -42,8 +43,6 @@ constexpr HoleStart kHoleStarts[8] = {{-2, -1, 1}, {-2, 0, 1}, {-1, 1, 0}, {0, 1
   return (a >= level) != (b >= level);
 }
 
-[[noreturn]] void raiseOutOfMemory() { zrErrMsgId(kHostOutOfMemoryId); }
-
 }  // namespace
 
 // ---- Construction and set-up -----------------------------------------------------
@@ -67,7 +66,7 @@ ContourEngine::ContourEngine(int rows, int columns)
       zmax_(0.0) {
   const unsigned long long count =
       static_cast<unsigned long long>(rows_) * static_cast<unsigned long long>(columns_);
-  if (count > UINT32_MAX) raiseOutOfMemory();
+  if (count > UINT32_MAX) qvgui_messages::raise::outOfMemory(static_cast<std::size_t>(count));
   flagCount_ = static_cast<std::uint32_t>(count);
   flags_ = static_cast<unsigned char*>(utCallocWithCheck(flagCount_ == 0 ? 1 : flagCount_, 1));
 }
@@ -96,7 +95,9 @@ void ContourEngine::allocWorkSpace(int points) {
 }
 
 void ContourEngine::growWorkSpace() {
-  if (capacity_ > INT_MAX / 2) raiseOutOfMemory();
+  if (capacity_ > INT_MAX / 2) {
+    qvgui_messages::raise::outOfMemory(static_cast<std::size_t>(capacity_) * 2 * sizeof(Real_point));
+  }
   const int grown = capacity_ >= 8 ? capacity_ * 2 : 16;
   workspace_ = static_cast<Real_point*>(
       utReallocWithCheck(workspace_, static_cast<std::size_t>(grown) * sizeof(Real_point)));
@@ -376,7 +377,7 @@ void ContourEngine::plotContours(const double* levels, int count, ContourResult&
   if (levels == nullptr || count <= 0) return;
 
   // The holes do not change from level to level: find them once.
-  surface_detail::CheckedBuffer<std::size_t> holes;
+  detail::CheckedBuffer<std::size_t> holes;
   const bool hasBoxes = rows_ >= 2 && columns_ >= 2;
   if (hasBoxes) {
     for (std::size_t k = 0; k < flagCount_; ++k)

@@ -79,7 +79,7 @@ FaceVertexExtents computeFaceVertexExtents(const zrArray_tag* faces, const zrArr
 
   AxisRange ranges[3] = {{e[0], e[1], e[6], e[7]}, {e[2], e[3], e[8], e[9]}, {e[4], e[5], e[10], e[11]}};
   const std::size_t coordinates = hasZ ? 3 : 2;
-  surface_detail::CheckedArray<std::uint64_t> visited((nv + 63) / 64);
+  detail::CheckedArray<std::uint64_t> visited((nv + 63) / 64);
   bool first = true;
   for (std::size_t f = 0; f < nf; ++f) {
     for (std::size_t c = 0; c < maxv; ++c) {
@@ -122,9 +122,9 @@ zrArray_tag* convert_FaceVertex_to_XYZ(const zrArray_tag* faces, const zrArray_t
   const double* fdata = zrGetPr(faces);
   if (fdata == nullptr && nf * maxv != 0) return nullptr;
 
-  surface_detail::ArrayHolder result(zrCreateDoubleMatrix(maxv, nf));
+  detail::ArrayHolder result(zrCreateDoubleMatrix(maxv, nf));
   double* out = zrGetPr(result.get());
-  const bool numeric = surface_detail::visitNumeric(vertices, [&](const auto* vdata) {
+  const bool numeric = detail::visitNumeric(vertices, [&](const auto* vdata) {
     const auto* column = vdata + coordinate * nv;
     for (std::size_t f = 0; f < nf; ++f) {
       double* dst = out + f * maxv;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "geometry/messages_p.h"
 #include "qvgui/surface.h"
 #include "surface/host_memory_p.h"
 #include "surface/numeric_p.h"
@@ -11,8 +12,6 @@ namespace gui_objects {
 
 namespace {
 
-[[noreturn]] void raiseOutOfMemory() { zrErrMsgId(kHostOutOfMemoryId); }
-
 [[nodiscard]] std::size_t cellCount(std::size_t rows, std::size_t columns) noexcept {
   return rows >= 2 && columns >= 2 ? (rows - 1) * (columns - 1) : 0;
 }
@@ -20,11 +19,15 @@ namespace {
 }  // namespace
 
 FaceVertexDescriptor createFaceVertexDescriptor(std::size_t rows, std::size_t columns) {
-  if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / 4 / columns) raiseOutOfMemory();
+  // The element count alone overflows, so the request is reported as the
+  // largest size there is.
+  if (columns != 0 && rows > std::numeric_limits<std::size_t>::max() / 4 / columns) {
+    qvgui_messages::raise::outOfMemory(std::numeric_limits<std::size_t>::max());
+  }
   const std::size_t nv = rows * columns;
   const std::size_t nf = cellCount(rows, columns);
-  surface_detail::ArrayHolder faces(zrCreateDoubleMatrix(nf, 4));
-  surface_detail::ArrayHolder vertices(zrCreateDoubleMatrix(nv, 3));
+  detail::ArrayHolder faces(zrCreateDoubleMatrix(nf, 4));
+  detail::ArrayHolder vertices(zrCreateDoubleMatrix(nv, 3));
   double* f = zrGetPr(faces.get());
   for (std::size_t j = 0; j + 1 < columns && nf != 0; ++j) {
     for (std::size_t i = 0; i + 1 < rows; ++i) {
@@ -78,7 +81,7 @@ bool convert_XYZ_to_FaceVertex(FaceVertexDescriptor& descriptor, const zrArray_t
     return false;
   }
 
-  surface_detail::visitNumeric(data, [&](const auto* in) {
+  detail::visitNumeric(data, [&](const auto* in) {
     for (std::size_t j = 0; j < columns; ++j) {
       for (std::size_t i = 0; i < rows; ++i) {
         const std::size_t k = i + j * rows;
@@ -105,12 +108,12 @@ zrArray_tag* convert_FaceVertexCData_to_CData(const FaceVertexDescriptor& descri
   const bool perVertex = inRows == nv;
   if (!perVertex && (inRows != nf || nf == 0)) return nullptr;
 
-  surface_detail::ArrayHolder result(channels == 1 ? zrCreateDoubleMatrix(rows, columns) : [&] {
+  detail::ArrayHolder result(channels == 1 ? zrCreateDoubleMatrix(rows, columns) : [&] {
     const zrSize dims[3] = {rows, columns, 3};
     return zrCreateNumericArray(3, dims, zrDOUBLE_CLASS);
   }());
   double* out = zrGetPr(result.get());
-  surface_detail::visitNumeric(faceVertexCData, [&](const auto* in) {
+  detail::visitNumeric(faceVertexCData, [&](const auto* in) {
     for (std::size_t c = 0; c < channels; ++c) {
       double* plane = out + c * nv;
       const auto* src = in + c * inRows;

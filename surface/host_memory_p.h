@@ -7,7 +7,7 @@
 
 #include "qvgui/host.h"
 
-namespace gui_objects::surface_detail {
+namespace gui_objects::detail {
 
 // A growable buffer of trivially copyable values in checked host memory.
 template <typename T>
@@ -56,21 +56,6 @@ class CheckedArray {
 };
 
 // Owns a host array until released.
-class ArrayHolder {
- public:
-  explicit ArrayHolder(zrArray_tag* array = nullptr) noexcept : array_(array) {}
-  ~ArrayHolder() { zrDestroyArray(array_); }
-  ArrayHolder(const ArrayHolder&) = delete;
-  ArrayHolder& operator=(const ArrayHolder&) = delete;
-  [[nodiscard]] zrArray_tag* get() const noexcept { return array_; }
-  [[nodiscard]] zrArray_tag* release() noexcept {
-    zrArray_tag* a = array_;
-    array_ = nullptr;
-    return a;
-  }
+using ArrayHolder = HostArrayPtr;
 
- private:
-  zrArray_tag* array_;
-};
-
-}  // namespace gui_objects::surface_detail
+}  // namespace gui_objects::detail

@@ -4,14 +4,13 @@
 #include <cstdint>
 #include <cstring>
 
+#include "geometry/messages_p.h"
 #include "qvgui/surface.h"
 #include "surface/host_memory_p.h"
 
 namespace gui_objects {
 
 namespace {
-
-constexpr const char* kFaceEntryWarningId = "Tavrix::gui::surface::PatchFacesElementExceedsVerticesLength";
 
 // The quiet NaN with the sign bit set (0xFFF8000000000000) marks vertices that
 // no face reached.
@@ -23,8 +22,9 @@ constexpr const char* kFaceEntryWarningId = "Tavrix::gui::surface::PatchFacesEle
 }
 
 void warnBadFaceEntry(double value, std::size_t position, std::size_t face, std::size_t vertexCount) {
-  zrWarningMsgId(kFaceEntryWarningId, value, static_cast<unsigned long long>(position),
-                 static_cast<unsigned long long>(face), static_cast<unsigned long long>(vertexCount));
+  qvgui_messages::warn::patchFacesElementExceedsVerticesLength(
+      value, static_cast<unsigned long long>(position), static_cast<unsigned long long>(face),
+      static_cast<unsigned long long>(vertexCount));
 }
 
 // One vertex of a two- or three-column vertex matrix.
@@ -85,11 +85,11 @@ void computePatchNormals(PatchProxy& proxy) {
   // at once. Storing may change the normals mode, which is put back.
   const std::int32_t mode = proxy.getNormalsMode();
   {
-    surface_detail::ArrayHolder vertexZeros(zrCreateDoubleMatrix(nv, 3));
+    detail::ArrayHolder vertexZeros(zrCreateDoubleMatrix(nv, 3));
     proxy.setVertexNormals(vertexZeros.get());
   }
   {
-    surface_detail::ArrayHolder faceZeros(zrCreateDoubleMatrix(nf, 3));
+    detail::ArrayHolder faceZeros(zrCreateDoubleMatrix(nf, 3));
     proxy.setFaceNormals(faceZeros.get());
   }
   proxy.setNormalsMode(mode);
@@ -110,7 +110,7 @@ void computePatchNormals(PatchProxy& proxy) {
   }
 
   for (std::size_t c = 0; c < 3; ++c) std::memset(vn + c * vnStride, 0, nv * sizeof(double));
-  surface_detail::CheckedArray<std::uint64_t> counts(nv);
+  detail::CheckedArray<std::uint64_t> counts(nv);
   const VertexMatrix v{vdata, nv, dim};
 
   for (std::size_t f = 0; f < nf; ++f) {

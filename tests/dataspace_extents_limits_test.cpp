@@ -13,7 +13,7 @@
 
 #include "dataspace/limits_simd_p.h"
 #include "qvgui/dataspace.h"
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include <utility>
 
 #include "qvgui/geometry.h"
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace {
 

@@ -97,4 +97,26 @@ TEST(HostMessages, FeaturesAreCalledByName) {
   EXPECT_EQ(e.message(), "There is no feature named 'TestDouble'.");
 }
 
+// A library's registered texts are copied, never override the host's own, and
+// the first registration of an identifier wins; malformed entries are skipped.
+TEST(HostMessages, RegisteredTextsAreCopiedAndNeverOverride) {
+  std::string id = "Tavrix::test::registered::Copied";
+  std::string text = "Value %d was copied.";
+  const HostMessageText first[] = {
+      {id.c_str(), text.c_str()}, {"Tavrix::host::Interrupted", "An impostor."}, {nullptr, "No identifier."},
+      {"", "Empty identifier."},  {"Tavrix::test::registered::NoText", nullptr},
+  };
+  hostRegisterMessages(first, std::size(first));
+  const HostMessageText second[] = {{"Tavrix::test::registered::Copied", "A later text."}};
+  hostRegisterMessages(second, std::size(second));
+  hostRegisterMessages(nullptr, 3);
+  id.assign(id.size(), 'x');
+  text.assign(text.size(), 'x');
+
+  EXPECT_EQ(hostFormatMessage("Tavrix::test::registered::Copied", 7), "Value 7 was copied.");
+  EXPECT_EQ(hostCatalogText("Tavrix::host::Interrupted"), "Operation terminated by user.");
+  EXPECT_FALSE(hostCatalogHas("Tavrix::test::registered::NoText"));
+  EXPECT_FALSE(hostCatalogHas(""));
+}
+
 }  // namespace

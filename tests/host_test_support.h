@@ -5,14 +5,11 @@
 #include <memory>
 #include <string>
 
-#include "qvgui/host.h"
+#include "qvhost/testing.h"
 
 namespace host_test {
 
-struct Destroy {
-  void operator()(zrArray_tag* a) const { zrDestroyArray(a); }
-};
-using Array = std::unique_ptr<zrArray_tag, Destroy>;
+using Array = HostArrayPtr;
 
 // The host error f raises, or one with identifier "(no error)".
 template <typename F>

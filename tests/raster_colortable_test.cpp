@@ -18,6 +18,7 @@
 #include "qvgui/geometry.h"
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
+#include "qvhost/testing.h"
 #include "raster_color_test_support.h"
 
 namespace {

@@ -14,6 +14,7 @@
 #include "qvgui/dataspace.h"
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
+#include "qvhost/testing.h"
 #include "raster_color_test_support.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <random>
 #include <vector>
 
-#include "qvgui/host.h"
 #include "qvgui/surface.h"
+#include "qvhost/testing.h"
 
 namespace {
 

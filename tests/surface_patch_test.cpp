@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "qvgui/host.h"
 #include "qvgui/surface.h"
+#include "qvhost/testing.h"
 
 namespace {
 

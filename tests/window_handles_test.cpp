@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "qvgui/window.h"
+#include "qvhost/testing.h"
 
 namespace {
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "qvgui/window.h"
+#include "qvhost/testing.h"
 
 namespace {
 

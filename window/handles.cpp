@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "common/compiler_p.h"
 #include "window/handles_p.h"
 
 namespace qvgui_handles {
@@ -19,9 +20,9 @@ HandleTable_tag g_global{};
 
 // ---- Failures ---------------------------------------------------------------------
 
-[[noreturn]] void raiseAllocationFailed() { zrErrMsgId(kAllocationFailedId, g_directoryLimit); }
+[[noreturn]] void raiseAllocationFailed() { qvgui_messages::raise::handleAllocationFailed(g_directoryLimit); }
 
-void warnOutOfUniqueHandles() { zrWarningMsgId(kOutOfUniqueHandlesId, g_directoryLimit); }
+void warnOutOfUniqueHandles() { qvgui_messages::warn::handleOutOfUniqueHandles(g_directoryLimit); }
 
 // ---- Blocks and the directory --------------------------------------------------------
 
@@ -35,7 +36,7 @@ inline int firstFree(const HandleBlock* b, int s) noexcept {
   int w = s >> 6;
   std::uint64_t bits = b->freeBits[w] & (~std::uint64_t(0) << (s & 63));
   for (;;) {
-    if (bits) return w * 64 + __builtin_ctzll(bits);
+    if (bits) return w * 64 + qvgui_bits::countTrailingZeros(bits);
     if (++w == kHandleBlockSize / 64) return -1;
     bits = b->freeBits[w];
   }

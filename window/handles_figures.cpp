@@ -9,13 +9,11 @@ using namespace qvgui_handles;
 namespace {
 
 [[noreturn]] void raiseBadHandleValue(int n) {
-  if (n == INT_MAX)
-    zrErrMsgIdAndTxt(kBadArgumentsId, "Handle value %d exceeds maximum allowable value of %d", n,
-                     kMaxIntegerHandle);
-  zrErrMsgId(kBadArgumentsId, n, kMaxIntegerHandle);
+  if (n == INT_MAX) qvgui_messages::raise::handleValueExceedsMaximum(n, kMaxIntegerHandle);
+  qvgui_messages::raise::handleBadArguments(n, kMaxIntegerHandle);
 }
 
-void warnIntegerHandlesFull() { zrWarningMsgId(kIntegerHandleArrayFullId, kMaxIntegerHandle); }
+void warnIntegerHandlesFull() { qvgui_messages::warn::handleIntegerHandleArrayFull(kMaxIntegerHandle); }
 
 }  // namespace
 

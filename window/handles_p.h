@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "geometry/messages_p.h"
 #include "qvgui/window.h"
 
 struct HandleSlot {
@@ -34,11 +35,6 @@ struct HandleTable_tag {
 };
 
 namespace qvgui_handles {
-
-inline constexpr const char* kOutOfUniqueHandlesId = "Tavrix::gui::handle::OutOfUniqueHandles";
-inline constexpr const char* kAllocationFailedId = "Tavrix::gui::handle::AllocationFailed";
-inline constexpr const char* kBadArgumentsId = "Tavrix::gui::handle::BadArguments";
-inline constexpr const char* kIntegerHandleArrayFullId = "Tavrix::gui::handle::IntegerHandleArrayFull";
 
 inline constexpr double kReuseStep = 1.0 / kHandleReuseLimit;
 inline constexpr double kHandleEnd = 2147483647.0;  // handles lie in [0, kHandleEnd)

@@ -4,17 +4,8 @@
 
 #include <cstdint>
 
+#include "common/compiler_p.h"
 #include "qvgui/window.h"
-
-#if defined(__GNUC__)
-#define QVGUI_LIKELY(x) __builtin_expect(!!(x), 1)
-#define QVGUI_ALWAYS_INLINE inline __attribute__((always_inline))
-#define QVGUI_NOINLINE __attribute__((noinline))
-#else
-#define QVGUI_NOINLINE
-#define QVGUI_LIKELY(x) (x)
-#define QVGUI_ALWAYS_INLINE inline
-#endif
 
 // The per-window record. Its fourth field is the method table; the rest
 // belongs to the window-record code.

@@ -1,5 +1,14 @@
 // The bridge between the host and the library's own types: conversions to and
 // from host arrays, parsers for property strings, string lists and callbacks.
+//
+// Raises: the InvalidArrayException family (NullArray, InvalidArrayClass,
+// InvalidArrayShape, InvalidArrayData), invalidXYZTypeException,
+// invalidCDataTypeException and cdata::InvalidRGBADataException from the
+// conversions; convert_from_string_utils::ParseException from the parsers;
+// MCallbackValueException and boost::numeric::bad_numeric_cast from callback
+// objects, whose user code fails with ScriptException; HostError with
+// "Tavrix:GUI:CreateCallback", "Tavrix::gui::nstrings::setUsingMatrix::BadArguments"
+// and the host's out-of-memory and interrupt identifiers from the flat functions.
 #pragma once
 
 #include <cstddef>
@@ -18,37 +27,25 @@ namespace gui_objects {
 // ---- Ownership of host arrays ------------------------------------------------
 
 struct ZrArrayDtor {
-  static void destroy(zrArray_tag* array) noexcept { zrDestroyArray(array); }
+  static void destroy(zrArray_tag* array) noexcept { HostArrayDeleter()(array); }
+};
+
+// Calls Dtor::destroy, so that std::unique_ptr can own what a Dtor frees.
+template <class Dtor>
+struct DtorDeleter {
+  template <class T>
+  void operator()(T* object) const noexcept {
+    Dtor::destroy(object);
+  }
 };
 
 // Sole owner of one object, destroyed through Dtor::destroy unless release()
 // hands it on. Move-only, so ownership is never shared by accident.
 template <class T, class Dtor>
-class AutoPtr {
+class AutoPtr : public std::unique_ptr<T, DtorDeleter<Dtor>> {
  public:
-  constexpr AutoPtr() noexcept = default;
-  explicit AutoPtr(T* object) noexcept : object_(object) {}
-  AutoPtr(AutoPtr&& other) noexcept : object_(other.release()) {}
-  AutoPtr& operator=(AutoPtr&& other) noexcept {
-    reset(other.release());
-    return *this;
-  }
-  AutoPtr(const AutoPtr&) = delete;
-  AutoPtr& operator=(const AutoPtr&) = delete;
-  ~AutoPtr() { reset(); }
-
-  [[nodiscard]] T* get() const noexcept { return object_; }
-  [[nodiscard]] T* release() noexcept { return std::exchange(object_, nullptr); }
-  void reset(T* object = nullptr) noexcept {
-    T* old = std::exchange(object_, object);
-    if (old != nullptr) Dtor::destroy(old);
-  }
-  T& operator*() const noexcept { return *object_; }
-  T* operator->() const noexcept { return object_; }
-  explicit operator bool() const noexcept { return object_ != nullptr; }
-
- private:
-  T* object_ = nullptr;
+  using std::unique_ptr<T, DtorDeleter<Dtor>>::unique_ptr;
+  [[nodiscard]] T* release() noexcept { return std::unique_ptr<T, DtorDeleter<Dtor>>::release(); }
 };
 
 using ZrArrayPtr = AutoPtr<zrArray_tag, ZrArrayDtor>;

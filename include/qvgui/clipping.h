@@ -1,5 +1,11 @@
 // Homogeneous clipping of lines, strips and polygons against the view volume
 // and user planes, planar projection of vertex sets, and the view frustum.
+//
+// Raises: vertex_vector::InvalidIndexException, BindingMismatchException and
+// AppendException from VertexVector; InvalidWException from projection;
+// InvalidFrustumException from ViewFrustum; ParallelException and
+// ZeroLengthException from the planar projection of vertex sets. No host
+// errors.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +13,7 @@
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "qvgui/export.h"
@@ -42,8 +49,8 @@ inline constexpr std::size_t kClipPlanes = kCanonicalClipPlanes + kUserClipPlane
 // planeIndex. Not guarded against division by zero: call it only for a plane
 // the two points lie on different sides of. A null user plane (or a null
 // array), and an index of 12 or more, give 0.
-[[nodiscard]] QVGUI_API double calculate_line_t(Point4d const& p0, Point4d const& p1, std::size_t planeIndex,
-                                                Plane3d const* const* userPlanes);
+[[nodiscard]] QVGUI_API double calculate_line_t(const Point4d& p0, const Point4d& p1, std::size_t planeIndex,
+                                                const Plane3d* const* userPlanes);
 
 namespace vertex_vector {
 // An index at or beyond the vertex count (or beyond an attribute's values).
@@ -63,52 +70,53 @@ class QVGUI_API AppendException {};
 // change of the vertices drops the projection made by project().
 class QVGUI_API VertexVector {
  public:
-  VertexVector();
-  VertexVector(std::size_t count, Point4d const* vertices, Plane3d const* const* userPlanes);
+  // Allocates nothing until the first vertex or attribute arrives.
+  VertexVector() noexcept;
+  VertexVector(std::size_t count, const Point4d* vertices, const Plane3d* const* userPlanes);
   // The source's vertices at the given indices, in that order, with outcodes
   // and every bound attribute. InvalidIndexException for an index out of range.
-  VertexVector(VertexVector const& source, std::size_t count, std::size_t const* indices);
-  VertexVector(VertexVector const& other);
-  // Leaves other empty and usable (which costs it a fresh allocation).
-  VertexVector(VertexVector&& other);
-  VertexVector& operator=(VertexVector const& other);
+  VertexVector(const VertexVector& source, std::size_t count, const std::size_t* indices);
+  VertexVector(const VertexVector& other);
+  // Leaves other empty and usable.
+  VertexVector(VertexVector&& other) noexcept;
+  VertexVector& operator=(const VertexVector& other);
   VertexVector& operator=(VertexVector&& other) noexcept;
   ~VertexVector();
 
   // Bind an attribute to every vertex, one value per vertex from the array,
   // replacing an earlier binding. A null array with vertices present throws
   // AppendException.
-  void addRGBAColors(Color4b const* colors);
-  void addColorIndices(float const* indices);
-  void addTextureCoords(Point2f const* coords);
-  void addNormals(Point3d const* normals);
-  void addAmbientDiffuseSecondaryColors(Point3f const* colors);
-  void addSpecularSecondaryColors(Point3f const* colors);
+  void addRGBAColors(const Color4b* colors);
+  void addColorIndices(const float* indices);
+  void addTextureCoords(const Point2f* coords);
+  void addNormals(const Point3d* normals);
+  void addAmbientDiffuseSecondaryColors(const Point3f* colors);
+  void addSpecularSecondaryColors(const Point3f* colors);
 
   // Supply the attribute value of the latest vertex: accepted only when the
   // attribute holds exactly one value fewer than there are vertices (an absent
   // attribute counts as none, so it can be started on the first vertex only);
   // otherwise AppendException.
-  void addRGBAColor(Color4b const& color);
+  void addRGBAColor(const Color4b& color);
   void addColorIndex(float index);
-  void addTextureCoord(Point2f const& coord);
-  void addNormal(Point3d const& normal);
-  void addAmbientDiffuseSecondaryColor(Point3f const& color);
-  void addSpecularSecondaryColor(Point3f const& color);
+  void addTextureCoord(const Point2f& coord);
+  void addNormal(const Point3d& normal);
+  void addAmbientDiffuseSecondaryColor(const Point3f& color);
+  void addSpecularSecondaryColor(const Point3f& color);
 
   // Appends one vertex with its outcode computed from userPlanes; attributes
   // follow through the single-value appends above.
-  void addVertex(Point4d const& vertex, Plane3d const* const* userPlanes);
+  void addVertex(const Point4d& vertex, const Plane3d* const* userPlanes);
   // Appends the source's vertex, outcode and attribute values.
-  void addVertex(VertexVector const& source, std::size_t index);
+  void addVertex(const VertexVector& source, std::size_t index);
   // Appends the point at fraction t from source vertex i0 towards i1, every
   // attribute interpolated at the same t, the outcode recomputed.
-  void clipVertexToFraction(VertexVector const& source, std::size_t i0, std::size_t i1, double t,
-                            Plane3d const* const* userPlanes);
-  void clipVertexToPlane(VertexVector const& source, std::size_t i0, std::size_t i1, std::size_t planeIndex,
-                         Plane3d const* const* userPlanes);
+  void clipVertexToFraction(const VertexVector& source, std::size_t i0, std::size_t i1, double t,
+                            const Plane3d* const* userPlanes);
+  void clipVertexToPlane(const VertexVector& source, std::size_t i0, std::size_t i1, std::size_t planeIndex,
+                         const Plane3d* const* userPlanes);
   [[nodiscard]] double getPlaneFraction(std::size_t i0, std::size_t i1, std::size_t planeIndex,
-                                        Plane3d const* const* userPlanes) const;
+                                        const Plane3d* const* userPlanes) const;
 
   [[nodiscard]] std::size_t getSize() const noexcept;
   [[nodiscard]] Outcode getOutcode(std::size_t index) const;
@@ -120,15 +128,15 @@ class QVGUI_API VertexVector {
 
   // Array views; null for an absent attribute, and for the projected arrays
   // before project().
-  [[nodiscard]] Point4d const* getVertices() const noexcept;
-  [[nodiscard]] Point3d const* getProjectedVertices() const noexcept;
-  [[nodiscard]] double const* getInverseWCoords() const noexcept;
-  [[nodiscard]] Color4b const* getRGBAColors() const noexcept;
-  [[nodiscard]] float const* getColorIndices() const noexcept;
-  [[nodiscard]] Point2f const* getTextureCoords() const noexcept;
-  [[nodiscard]] Point3d const* getNormals() const noexcept;
-  [[nodiscard]] Point3f const* getAmbientDiffuseSecondaryColors() const noexcept;
-  [[nodiscard]] Point3f const* getSpecularSecondaryColors() const noexcept;
+  [[nodiscard]] const Point4d* getVertices() const noexcept;
+  [[nodiscard]] const Point3d* getProjectedVertices() const noexcept;
+  [[nodiscard]] const double* getInverseWCoords() const noexcept;
+  [[nodiscard]] const Color4b* getRGBAColors() const noexcept;
+  [[nodiscard]] const float* getColorIndices() const noexcept;
+  [[nodiscard]] const Point2f* getTextureCoords() const noexcept;
+  [[nodiscard]] const Point3d* getNormals() const noexcept;
+  [[nodiscard]] const Point3f* getAmbientDiffuseSecondaryColors() const noexcept;
+  [[nodiscard]] const Point3f* getSpecularSecondaryColors() const noexcept;
   [[nodiscard]] bool isProjected() const noexcept;
 
   // Divides every vertex by its w, keeping 1/w per vertex. InvalidWException
@@ -144,22 +152,31 @@ class QVGUI_API VertexVector {
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] const Impl& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
 
-QVGUI_API std::ostream& operator<<(std::ostream& os, VertexVector const& v);
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
+
+QVGUI_API std::ostream& operator<<(std::ostream& os, const VertexVector& v);
 
 // The visible part of a polygon (Sutherland-Hodgman over the twelve planes),
 // projected; empty when less than a triangle remains.
-[[nodiscard]] QVGUI_API VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes);
+[[nodiscard]] QVGUI_API VertexVector clip_polygon(VertexVector& polygon, const Plane3d* const* userPlanes);
 // The visible part of the line through vertices 0 and 1 (further vertices are
 // ignored), projected; both ends are re-interpolated. Empty when invisible.
-[[nodiscard]] QVGUI_API VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes);
+[[nodiscard]] QVGUI_API VertexVector clip_line(VertexVector& line, const Plane3d* const* userPlanes);
 // The visible parts of a line strip as runs of at least two projected
 // vertices. Consecutive segments share a run when the vertex between them is
 // inside the view volume; a run is broken wherever the strip leaves it.
 [[nodiscard]] QVGUI_API std::vector<VertexVector> clip_linestrip(VertexVector& strip,
-                                                                 Plane3d const* const* userPlanes);
+                                                                 const Plane3d* const* userPlanes);
 
 // ---- Planar projection of vertex sets ----------------------------------------------
 
@@ -172,8 +189,8 @@ class QVGUI_API VertexSet {
 
  protected:
   VertexSet() = default;
-  VertexSet(VertexSet const&) = default;
-  VertexSet& operator=(VertexSet const&) = default;
+  VertexSet(const VertexSet&) = default;
+  VertexSet& operator=(const VertexSet&) = default;
 };
 
 // A 2-D coordinate system laid into a plane: orthonormal axes u, v with
@@ -181,16 +198,16 @@ class QVGUI_API VertexSet {
 class QVGUI_API Projector {
  public:
   Projector();
-  Projector(Projector const& other);
-  Projector& operator=(Projector const& other);
+  Projector(const Projector& other);
+  Projector& operator=(const Projector& other);
   ~Projector();
 
   // Never throws: a plane whose normal cannot be normalised (zero, or not
   // finite) is stored but the previous axes and origin stay.
-  void setProjection(Plane3d const& plane) noexcept;
+  void setProjection(const Plane3d& plane) noexcept;
 
-  [[nodiscard]] Point2d project(Point3d const& p) const noexcept;
-  [[nodiscard]] Point3d unproject(Point2d const& q) const noexcept;
+  [[nodiscard]] Point2d project(const Point3d& p) const noexcept;
+  [[nodiscard]] Point3d unproject(const Point2d& q) const noexcept;
 
   [[nodiscard]] Vector3d getUAxis() const noexcept;
   [[nodiscard]] Vector3d getVAxis() const noexcept;
@@ -200,8 +217,17 @@ class QVGUI_API Projector {
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] const Impl& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
+
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 // A face's vertices mapped into a projector's plane with a reverse lookup from
 // exact 2-D positions back to vertex indices. The vertex set is borrowed and
@@ -211,22 +237,31 @@ class QVGUI_API ProjectedVertexSet {
   // What findVert returns for a position never added.
   static constexpr std::size_t kNotFound = 2147483647;
 
-  ProjectedVertexSet(VertexSet const& vertices, Projector const& projector);
-  ProjectedVertexSet(ProjectedVertexSet const& other);
-  ProjectedVertexSet& operator=(ProjectedVertexSet const& other);
+  ProjectedVertexSet(const VertexSet& vertices, const Projector& projector);
+  ProjectedVertexSet(const ProjectedVertexSet& other);
+  ProjectedVertexSet& operator=(const ProjectedVertexSet& other);
   ~ProjectedVertexSet();
 
   // Projects the vertex and records it under its 2-D position unless that
   // exact position is taken already (the first index wins).
   Point2d addVertex(std::size_t index);
   // The index stored under exactly q (no tolerance), or kNotFound.
-  [[nodiscard]] std::size_t findVert(Point2d const& q) const;
+  [[nodiscard]] std::size_t findVert(const Point2d& q) const;
 
   struct Impl;
 
  private:
-  std::unique_ptr<Impl> impl_;
+  [[nodiscard]] const Impl& read() const noexcept;
+  Impl& own();
+
+  std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
+
+// std::vector<VertexVector> moves rather than copies its elements on growth
+// only while these hold.
+static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
+static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 // ---- View frustum ---------------------------------------------------------------------
 //
@@ -243,28 +278,28 @@ class QVGUI_API ProjectedVertexSet {
 // below far in both. Degenerate or non-finite input throws
 // InvalidFrustumException.
 //
-// getViewMatrix() * getProjectionMatrix() maps exactly this region to the
-// canonical volume -w <= x, y, z <= w (the createFrustum / createOrtho
-// conventions), so world points inside the frustum clip to outcode 0.
+// getProjectionMatrix() * getViewMatrix() (the view applied first, to column
+// vectors) maps exactly this region to the canonical volume -w <= x, y, z <= w (the createFrustum /
+// createOrtho conventions), so world points inside the frustum clip to outcode 0.
 class QVGUI_API ViewFrustum {
  public:
   enum class Kind : std::int32_t { Perspective = 0, Orthographic = 1 };
   enum PlaneIndex : std::size_t { Left = 0, Right = 1, Bottom = 2, Top = 3, Near = 4, Far = 5 };
 
-  [[nodiscard]] static ViewFrustum perspective(Point3d const& eye, Point3d const& target, Vector3d const& up,
+  [[nodiscard]] static ViewFrustum perspective(const Point3d& eye, const Point3d& target, const Vector3d& up,
                                                double viewAngleDegrees, double aspect, double nearDistance,
                                                double farDistance);
-  [[nodiscard]] static ViewFrustum orthographic(Point3d const& eye, Point3d const& target, Vector3d const& up,
+  [[nodiscard]] static ViewFrustum orthographic(const Point3d& eye, const Point3d& target, const Vector3d& up,
                                                 double extent, double aspect, double nearDistance,
                                                 double farDistance);
 
   [[nodiscard]] Kind getKind() const noexcept { return kind_; }
-  [[nodiscard]] Plane3d const& getPlane(PlaneIndex index) const noexcept { return planes_[index]; }
+  [[nodiscard]] const Plane3d& getPlane(PlaneIndex index) const noexcept { return planes_[index]; }
   // The six planes in PlaneIndex order.
-  [[nodiscard]] Plane3d const* getPlanes() const noexcept { return planes_; }
+  [[nodiscard]] const Plane3d* getPlanes() const noexcept { return planes_; }
 
   // Closed test: true when p is on the inner side of, or on, all six planes.
-  [[nodiscard]] bool isInside(Point3d const& p) const noexcept;
+  [[nodiscard]] bool isInside(const Point3d& p) const noexcept;
 
   [[nodiscard]] Point3d getEye() const noexcept { return eye_; }
   // Unit camera axes: forward (towards the target), right and true up.
@@ -286,7 +321,7 @@ class QVGUI_API ViewFrustum {
  private:
   ViewFrustum() = default;
   // Camera axes, depth range and half extents: all but the planes.
-  static ViewFrustum framed(Kind kind, Point3d const& eye, Point3d const& target, Vector3d const& up,
+  static ViewFrustum framed(Kind kind, const Point3d& eye, const Point3d& target, const Vector3d& up,
                             double nearDistance, double farDistance, double halfHeight, double aspect);
 
   Kind kind_ = Kind::Perspective;
@@ -296,6 +331,6 @@ class QVGUI_API ViewFrustum {
   Plane3d planes_[6];
 };
 
-QVGUI_API std::ostream& operator<<(std::ostream& os, ViewFrustum const& f);
+QVGUI_API std::ostream& operator<<(std::ostream& os, const ViewFrustum& f);
 
 }  // namespace gui_objects

@@ -1,5 +1,11 @@
 // Data space, camera and axes: data extents and limit constraints, camera and
 // aspect-ratio rules, and the tick picker that chooses nice limits and ticks.
+//
+// Raises: the InvalidArrayException family and InvalidDataExtentsException
+// from extents and constraints; camera_utils::BadLimitsException,
+// camera_utils::CouldNotFitCameraException and ZeroLengthException from the
+// camera utilities; HostError with the host's out-of-memory identifier where
+// tick positions are allocated.
 #pragma once
 
 #include <cstdint>
@@ -340,7 +346,9 @@ class QVGUI_API CameraModeProxy {
   [[nodiscard]] virtual bool isAxisReverse(int axis) const = 0;
 
   // axis 0..2 (x, y, z), which 0 = minimum, 1 = maximum; not range-checked.
-  [[nodiscard]] double getRenderLimit(int axis, int which) const noexcept { return renderLimits_[axis][which]; }
+  [[nodiscard]] double getRenderLimit(int axis, int which) const noexcept {
+    return renderLimits_[axis][which];
+  }
   // True when the axis is logarithmic.
   [[nodiscard]] bool isAxisScaleFirst(int axis) const noexcept { return logScale_[axis]; }
 
@@ -446,11 +454,9 @@ QVGUI_API void setAutoCameraModes(CameraModeProxy& proxy);
 // are left alone) and the perspective projection is returned; the camera
 // stays in front of the target and of the volume. Throws
 // CouldNotFitCameraException (see above) without publishing anything.
-[[nodiscard]] QVGUI_API Matrix4x4d fitPerspectiveCameraByPosition(const ViewPortTransformProxy& viewport,
-                                                                  CameraPositionProxy& camera,
-                                                                  const BoundingVolume& volume,
-                                                                  const Point3d& position, const Point3d& target,
-                                                                  const Vector3d& up, double viewAngle);
+[[nodiscard]] QVGUI_API Matrix4x4d fitPerspectiveCameraByPosition(
+    const ViewPortTransformProxy& viewport, CameraPositionProxy& camera, const BoundingVolume& volume,
+    const Point3d& position, const Point3d& target, const Vector3d& up, double viewAngle);
 
 // ---- Do-nothing implementations for tests
 namespace test {
@@ -563,7 +569,8 @@ class QVGUI_API TransformProxy {
 
  protected:
   TransformProxy() noexcept = default;
-  TransformProxy(bool xReverse, bool yReverse, bool zReverse) noexcept : reverse_{xReverse, yReverse, zReverse} {}
+  TransformProxy(bool xReverse, bool yReverse, bool zReverse) noexcept
+      : reverse_{xReverse, yReverse, zReverse} {}
   TransformProxy(const TransformProxy&) = default;
   TransformProxy& operator=(const TransformProxy&) = default;
 
@@ -650,7 +657,8 @@ QVGUI_API void computeAspectRatios(RenderLimitsProxy& render, AxisLimitsProxy& l
 // log10 on logarithmic axes), in the segment's direction, in render space.
 // An invalid segment when it misses the box, the input is invalid, or a limit
 // is unusable (NaN, not positive on a logarithmic axis). Touching counts.
-[[nodiscard]] QVGUI_API LineSegment3d intersectWithAxesBounds(const LineSegment3d& segment, AxesBounds& bounds);
+[[nodiscard]] QVGUI_API LineSegment3d intersectWithAxesBounds(const LineSegment3d& segment,
+                                                              AxesBounds& bounds);
 
 // The corner of the axes box where the main x and y axis lines meet, in data
 // units: x and y take the limit on the camera's side of the box, z the limit

@@ -1,5 +1,11 @@
 // The geometry kernel: points, vectors, colours, 4x4 matrices, the data
 // transformer and the exception family every other subsystem throws.
+//
+// Raises: the internal errors (IInternalException and its subclasses), the
+// user errors (IUserException: the InvalidArrayException family) and the tag
+// classes ParallelException, InvalidQuadException, InvalidInsetException,
+// RectangleCrossedPointsException; no host errors. The catch list below
+// catches everything any part of the library throws.
 #pragma once
 
 #include <boost/exception/exception.hpp>
@@ -7,6 +13,7 @@
 #include <exception>
 #include <iosfwd>
 #include <string>
+#include <type_traits>
 
 #include "qvgui/export.h"
 
@@ -167,6 +174,37 @@ class QVGUI_API RectangleCrossedPointsException {};
 class QVGUI_API InvalidFrustumException {};
 class QVGUI_API InvalidDataException {};
 class QVGUI_API InvalidDataExtentsException {};
+
+// ---- Catching everything the library throws --------------------------------
+//
+// The library's exceptions have no common base: the tag classes are empty by
+// design. A caller that must stop every failure at one boundary lists, in
+// this order (derived before base):
+//
+//   catch (const gui_objects::IException& e)            // internal and user errors
+//   catch (const HostError& e)                          // host errors by identifier
+//   catch (const ScriptException& e)                    // user code run by callbacks
+//   catch (const boost::numeric::bad_numeric_cast& e)   // narrowed element counts
+//   catch (const std::exception& e)                     // invalidXYZTypeException,
+//                                                       // invalidCDataTypeException,
+//                                                       // MCallbackValueException
+//   catch (const gui_objects::cdata::InvalidRGBADataException&)
+//   catch (const gui_objects::ParallelException&)
+//   catch (const gui_objects::InvalidQuadException&)
+//   catch (const gui_objects::InvalidInsetException&)
+//   catch (const gui_objects::RectangleCrossedPointsException&)
+//   catch (const gui_objects::InvalidFrustumException&)
+//   catch (const gui_objects::InvalidDataException&)
+//   catch (const gui_objects::InvalidDataExtentsException&)
+//   catch (const gui_objects::vertex_vector::InvalidIndexException&)
+//   catch (const gui_objects::vertex_vector::BindingMismatchException&)
+//   catch (const gui_objects::vertex_vector::AppendException&)
+//   catch (const gui_objects::camera_utils::BadLimitsException&)
+//   catch (const gui_objects::camera_utils::CouldNotFitCameraException&)
+//   catch (const gui_objects::convert_from_string_utils::ParseException&)
+//
+// HostError and ScriptException derive from std::exception, so a boundary
+// that needs no distinction may fold them into the std::exception clause.
 
 // ---- Scalar tolerance --------------------------------------------------------
 
@@ -335,7 +373,8 @@ class QVGUI_API Point4d {
   constexpr void setW(double w) noexcept { w_ = w; }
 
   // (x, y, z) times r = 1/w. Throws InvalidWException for every w <= 0, not
-  // only w == 0: points behind the eye have no meaningful projection.
+  // only w == 0: points behind the eye have no meaningful projection. A NaN w
+  // is not refused: it passes and gives NaN coordinates.
   [[nodiscard]] Point3d project() const;
   // As project(); also stores r into *inverseW when the pointer is not null.
   [[nodiscard]] Point3d project(double* inverseW) const;
@@ -682,7 +721,7 @@ class QVGUI_API Matrix4x4d {
   [[nodiscard]] static Matrix4x4d createYRotation(double angle) noexcept;
   [[nodiscard]] static Matrix4x4d createZRotation(double angle) noexcept;
   // Rodrigues' formula; counter-clockwise looking down the axis towards the
-  // origin. InvalidAxisException when axis.axis < 1e-10.
+  // origin. InvalidAxisException when dot(axis, axis) < 1e-10.
   [[nodiscard]] static Matrix4x4d createRotation(const Vector3d& axis, double angle);
   [[nodiscard]] static Matrix4x4d createFromPointer(const double* values) noexcept;
   // The classic perspective frustum (eye down -z, depth in [-1, 1]).
@@ -1374,5 +1413,32 @@ class QVGUI_API RegionBase {
   RegionBase(const RegionBase&) = default;
   RegionBase& operator=(const RegionBase&) = default;
 };
+
+// The kernel's values are plain: making, moving and swapping them neither
+// allocates nor throws.
+#define QVGUI_PLAIN_VALUE(T)                                 \
+  static_assert(std::is_nothrow_default_constructible_v<T>); \
+  static_assert(std::is_nothrow_move_constructible_v<T>);    \
+  static_assert(std::is_nothrow_move_assignable_v<T>);
+QVGUI_PLAIN_VALUE(Point2i)
+QVGUI_PLAIN_VALUE(Point2f)
+QVGUI_PLAIN_VALUE(Point2d)
+QVGUI_PLAIN_VALUE(Point3f)
+QVGUI_PLAIN_VALUE(Point3d)
+QVGUI_PLAIN_VALUE(Point4d)
+QVGUI_PLAIN_VALUE(Vector2i)
+QVGUI_PLAIN_VALUE(Vector2d)
+QVGUI_PLAIN_VALUE(Vector3d)
+QVGUI_PLAIN_VALUE(Color3d)
+QVGUI_PLAIN_VALUE(Color4d)
+QVGUI_PLAIN_VALUE(Color4b)
+QVGUI_PLAIN_VALUE(Matrix4x4d)
+QVGUI_PLAIN_VALUE(Quad3d)
+QVGUI_PLAIN_VALUE(Inset2d)
+QVGUI_PLAIN_VALUE(Rectangle2i)
+QVGUI_PLAIN_VALUE(Rectangle2d)
+QVGUI_PLAIN_VALUE(AABB2d)
+QVGUI_PLAIN_VALUE(BoundingVolume)
+#undef QVGUI_PLAIN_VALUE
 
 }  // namespace gui_objects

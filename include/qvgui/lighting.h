@@ -1,6 +1,8 @@
 // Lighting: radiance values and per-channel filters, surface materials,
 // directional and point lights, and the integrator of diffuse and specular
 // light at one surface point.
+//
+// Raises nothing: every operation is defined for every input.
 #pragma once
 
 #include <iosfwd>

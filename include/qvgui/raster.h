@@ -1,5 +1,8 @@
 // Colour and raster: colour records and colour tables, quantisation,
 // dithering, the polygon rasteriser, markers and hit tests.
+//
+// Raises: HostError with the host's out-of-memory identifier when a record
+// cannot be allocated.
 #pragma once
 
 #include <cstdint>

@@ -1,5 +1,11 @@
 // Surface computations: contour tracing over gridded data, lighting normals of
 // face-vertex patches, and conversions between grid and face-vertex data.
+//
+// Raises: InvalidDataException, invalidXYZTypeException and
+// invalidCDataTypeException for unusable data; HostError with the host's
+// out-of-memory identifier; the warning
+// "Tavrix::gui::surface::PatchFacesElementExceedsVerticesLength" (the face is
+// skipped). Contour tracing stops quietly on a user's interrupt.
 #pragma once
 
 #include <cfloat>

@@ -1,6 +1,12 @@
 // Window-system layer: the per-window method table and its profiled callers,
 // window proxies and their registries, the numeric handle table, UI events and
 // the test doubles of this layer.
+//
+// Raises: HostError with "Tavrix::gui::handle::AllocationFailed",
+// "Tavrix::gui::handle::BadArguments" and the host's out-of-memory identifier,
+// and the warnings "Tavrix::gui::handle::OutOfUniqueHandles" and
+// "Tavrix::gui::handle::IntegerHandleArrayFull". An unknown handle resolves
+// to null, not an error.
 #pragma once
 
 #include <cstdint>
