@@ -4,15 +4,14 @@
 #include <cstring>
 #include <memory>
 
+#include "geometry/messages_p.h"
 #include "qvgui/dataspace.h"
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
 #include "qvgui/window.h"
-#include "geometry/messages_p.h"
 #include "raster/colortable_p.h"
 
 namespace {
-
 
 struct UtFree {
   void operator()(void* p) const noexcept { utFree(p); }

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "geometry/messages_p.h"
 #include "qvgui/geometry.h"
 #include "qvgui/host.h"
 #include "qvgui/raster.h"
-#include "geometry/messages_p.h"
 #include "raster/poly_p.h"
 
 using namespace qvgui_raster;

@@ -16,7 +16,7 @@ scripts/check-format.sh
 echo "== Static analysis (cppcheck) =="
 cppcheck --quiet --std=c++17 --language=c++ --enable=warning,performance,portability --inline-suppr \
   --error-exitcode=1 -j"$jobs" -I include -I . --suppress=missingIncludeSystem \
-  geometry clipping dataspace bridge surface raster lighting window text host tools
+  geometry clipping dataspace bridge surface raster lighting window text host tools backends plot
 
 echo "== Warnings-as-errors build =="
 cmake -S . -B build/werror -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVGUI_WERROR=ON
