@@ -103,7 +103,8 @@ std::vector<double> logMinors(const std::vector<double>& majors, double lo, doub
   const bool decades = std::all_of(majors.begin(), majors.end(), isDecade);
   int decadeStep = 1;
   if (decades && majors.size() >= 2) {
-    decadeStep = static_cast<int>(std::lround(std::log10(majors[1] / majors[0])));
+    // By exponents: the ratio of the extreme decades overflows.
+    decadeStep = static_cast<int>(std::lround(std::log10(majors[1])) - std::lround(std::log10(majors[0])));
   }
   const int kLo = static_cast<int>(std::floor(std::log10(lo))) - 1;
   const int kHi = static_cast<int>(std::ceil(std::log10(hi))) + 1;
@@ -163,6 +164,8 @@ void calculateMinorTickMarkPos(AxisDescriptor& desc, AxisType axis, double* majo
   double mLo = negative ? -hi : lo;
   double mHi = negative ? -lo : hi;
   if (!(mLo > 0)) mLo = magnitudes.front() / 10;
+  // A decade below the smallest subnormal is no longer a double.
+  if (!(mLo > 0)) mLo = std::numeric_limits<double>::denorm_min();
   if (!(mHi > mLo) || !std::isfinite(mHi)) return;
   std::vector<double> minors = logMinors(magnitudes, mLo, mHi);
   if (negative) {
