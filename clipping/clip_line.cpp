@@ -51,7 +51,7 @@ VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes) {
     VertexVector head(line, 2, firstTwo);
     return clip_line(head, userPlanes);
   }
-  if (line.getReject()) return VertexVector();
+  if (line.getReject() || !clip_detail::allFinite(line)) return VertexVector();
   if (line.getAccept()) {
     if (!projectRun(line)) return VertexVector();
     return line;
@@ -63,6 +63,7 @@ VertexVector clip_line(VertexVector& line, Plane3d const* const* userPlanes) {
   // output vertex went through the same arithmetic.
   result.clipVertexToFraction(line, 0, 1, span.tIn, userPlanes);
   result.clipVertexToFraction(line, 0, 1, span.tOut, userPlanes);
+  clip_detail::settleIntoVolume(result, userPlanes);
   if (!projectRun(result)) return VertexVector();
   return result;
 }
@@ -71,12 +72,14 @@ std::vector<VertexVector> clip_linestrip(VertexVector& strip, Plane3d const* con
   std::vector<VertexVector> runs;
   std::size_t const n = strip.getSize();
   if (strip.getReject()) return runs;
-  if (strip.getAccept()) {
+  bool const finite = clip_detail::allFinite(strip);
+  if (finite && strip.getAccept()) {
     if (projectRun(strip)) runs.push_back(strip);
     return runs;
   }
   VertexVector run;
   auto finishRun = [&]() {
+    if (run.getSize() >= 2) clip_detail::settleIntoVolume(run, userPlanes);
     if (run.getSize() >= 2 && projectRun(run)) runs.push_back(std::move(run));
     run.clear();
   };
@@ -84,7 +87,10 @@ std::vector<VertexVector> clip_linestrip(VertexVector& strip, Plane3d const* con
   // segment, i.e. the previous segment was not cut at its far end.
   bool runReachesVertex = false;
   for (std::size_t i = 0; i + 1 < n; ++i) {
-    Span const span = visibleSpan(strip, i, i + 1, userPlanes);
+    // A non-finite vertex breaks the strip: both segments at it are dropped.
+    bool const usable =
+        finite || (clip_detail::finiteVertex(strip, i) && clip_detail::finiteVertex(strip, i + 1));
+    Span const span = usable ? visibleSpan(strip, i, i + 1, userPlanes) : Span{1.0, 0.0};
     if (!span.visible()) {
       finishRun();
       runReachesVertex = false;

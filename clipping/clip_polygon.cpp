@@ -34,7 +34,7 @@ unsigned outsideAny(VertexVector const& v) {
 
 VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlanes) {
   try {
-    if (polygon.getReject()) return VertexVector();
+    if (polygon.getReject() || !clip_detail::allFinite(polygon)) return VertexVector();
     if (polygon.getAccept()) {
       polygon.project();
       return polygon;
@@ -50,6 +50,7 @@ VertexVector clip_polygon(VertexVector& polygon, Plane3d const* const* userPlane
       if (input.getSize() == 0) return input;
     }
     if (input.getSize() < 3) return VertexVector();
+    clip_detail::settleIntoVolume(input, userPlanes);
     input.project();
     return input;
   } catch (InvalidWException const&) {

@@ -64,6 +64,20 @@ namespace clip_detail {
 [[noreturn]] void throwInvalidIndex();
 [[noreturn]] void throwBindingMismatch();
 [[noreturn]] void throwAppend();
+
+// interpolate(t, a, b), except that a coordinate which overflows between two
+// finite ones is blended as (1 - t) a + t b instead, so finite input stays
+// finite.
+Point4d interpolateFinite(double t, Point4d const& a, Point4d const& b) noexcept;
+
+// True when every coordinate of every vertex is finite.
+bool allFinite(VertexVector const& v) noexcept;
+// True when vertex i is finite.
+bool finiteVertex(VertexVector const& v, std::size_t i) noexcept;
+// Moves every vertex that rounding left just outside the canonical volume
+// onto its boundary (x, y and z into [-w, w]), recomputing outcodes; the
+// attributes stay.
+void settleIntoVolume(VertexVector& v, Plane3d const* const* userPlanes);
 }  // namespace clip_detail
 
 }  // namespace gui_objects
