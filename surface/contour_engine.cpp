@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "qvgui/surface.h"
+#include "surface/contour_p.h"
 #include "surface/host_memory_p.h"
 
 namespace gui_objects {
@@ -46,6 +47,11 @@ constexpr HoleStart kHoleStarts[8] = {{-2, -1, 1}, {-2, 0, 1}, {-1, 1, 0}, {0, 1
 
 }  // namespace
 
+void surface_detail::raiseContourArraySizeMismatch(const char* array, int rows, int columns,
+                                                   unsigned long long needed, unsigned long long given) {
+  zrErrMsgId(kContourArraySizeMismatchId, rows, columns, needed, array, given);
+}
+
 // ---- Construction and set-up -----------------------------------------------------
 
 ContourEngine::ContourEngine(int rows, int columns)
@@ -84,6 +90,21 @@ void ContourEngine::setXYZPtrsAndZMinMax(const double* x, const double* y, const
   z_ = z;
   zmin_ = zmin;
   zmax_ = zmax;
+}
+
+void ContourEngine::setXYZAndZMinMax(const double* x, std::size_t xCount, const double* y, std::size_t yCount,
+                                     const double* z, std::size_t zCount, double zmin, double zmax) {
+  // An empty grid reads nothing.
+  const auto check = [this](const char* name, const double* values, std::size_t count,
+                            unsigned long long needed) {
+    if (flagCount_ == 0) return;
+    if (values == nullptr) count = 0;
+    if (count < needed) surface_detail::raiseContourArraySizeMismatch(name, rows_, columns_, needed, count);
+  };
+  check("x", x, xCount, static_cast<unsigned long long>(columns_));
+  check("y", y, yCount, static_cast<unsigned long long>(rows_));
+  check("z", z, zCount, flagCount_);
+  setXYZPtrsAndZMinMax(x, y, z, zmin, zmax);
 }
 
 void ContourEngine::allocWorkSpace(int points) {
