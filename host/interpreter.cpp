@@ -34,20 +34,31 @@ const char* orEmpty(const char* s) { return s != nullptr ? s : ""; }
 ArrayPtr duplicate(const zrArray_tag* a) { return ArrayPtr(zrDuplicateArray(a)); }
 
 // Evaluation recurses through nested expressions and, when a function runs
-// code of its own, through the host's callers too; one count over both
-// bounds the stack whatever the texts and functions do.
+// code of its own, through the host's callers too; a count over both, and one
+// over the calls alone, bound the stack whatever the texts and functions do.
 int g_evaluationDepth = 0;
+int g_callDepth = 0;
 
 class EvaluationLevel {
  public:
-  EvaluationLevel() {
-    if (g_evaluationDepth >= kMaxEvaluationDepth)
+  explicit EvaluationLevel(bool call = false) : call_(call) {
+    if (g_evaluationDepth >= kMaxEvaluationDepth) {
       throwScriptError("Tavrix::host::RecursionLimit", kMaxEvaluationDepth);
+    }
+    if (call_ && g_callDepth >= kMaxCallDepth)
+      throwScriptError("Tavrix::host::RecursionLimit", kMaxCallDepth);
     ++g_evaluationDepth;
+    if (call_) ++g_callDepth;
   }
-  ~EvaluationLevel() { --g_evaluationDepth; }
+  ~EvaluationLevel() {
+    --g_evaluationDepth;
+    if (call_) --g_callDepth;
+  }
   EvaluationLevel(const EvaluationLevel&) = delete;
   EvaluationLevel& operator=(const EvaluationLevel&) = delete;
+
+ private:
+  bool call_;
 };
 
 void checkInterrupt() {
@@ -345,7 +356,7 @@ void throwScriptError(const char* identifier, ...) {
 std::vector<ArrayPtr> callFunction(const std::string& name, int nlhs,
                                    const std::vector<const zrArray_tag*>& args) {
   checkInterrupt();
-  const EvaluationLevel level;
+  const EvaluationLevel level(true);
   const auto registered = functions().find(name);
   const bool builtin = registered == functions().end() && findBuiltin(name);
   if (registered == functions().end() && !builtin) {

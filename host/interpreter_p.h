@@ -29,12 +29,15 @@ std::vector<Token> tokenize(std::string_view text);
 
 enum class NodeKind { Number, String, Matrix, Name, Call, Handle, Negate, Plus, Binary };
 
-// How deep parentheses, signs, calls and matrices may nest in one text, and how
+// How deep parentheses, signs, calls and matrices may nest in one text; how
 // deep evaluation may go, counting nested expressions and calls together
-// across texts that run one another. Both keep the stack well inside the
+// across texts that run one another; and how many calls may be active at
+// once (a call through a function that runs code again costs far more stack
+// than a nested expression). Together they keep the stack well inside the
 // smallest thread stacks the host gives its graphics thread.
 inline constexpr int kMaxExpressionNesting = 256;
 inline constexpr int kMaxEvaluationDepth = 1024;
+inline constexpr int kMaxCallDepth = 128;
 
 // Binary: children[0] op[0] children[1] op[1] ... evaluated left to right, all
 // operators of one precedence level.
