@@ -8,7 +8,9 @@
 # target finds a crash, a leak, undefined behaviour or a timeout.
 #
 #   scripts/fuzz-long.sh [BUILD_DIR [RUNS [TARGET...]]]
-#   QVGUI_FUZZ_TIMEOUT (seconds per input, default 25) bounds each input.
+#   QVGUI_FUZZ_TIMEOUT (seconds per input, default 25) bounds each input;
+#   QVGUI_FUZZ_MAX_SECONDS, when set, also ends each target after that many
+#   seconds (the line then shows the executions actually reached).
 set -u
 cd "$(dirname "$0")/.."
 
@@ -16,6 +18,8 @@ build_dir=${1:-build/fuzz}
 runs=${2:-10000000}
 shift $(($# > 2 ? 2 : $#))
 timeout_per_input=${QVGUI_FUZZ_TIMEOUT:-25}
+time_limit=()
+[ -n "${QVGUI_FUZZ_MAX_SECONDS:-}" ] && time_limit=(-max_total_time="$QVGUI_FUZZ_MAX_SECONDS")
 
 if [ ! -d "$build_dir/fuzz" ]; then
   cmake -S . -B "$build_dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
@@ -41,7 +45,7 @@ for name in "${targets[@]}"; do
   artifacts="$build_dir/fuzz-artifacts/$name/"
   mkdir -p "$corpus" "$artifacts"
   start=$(date +%s)
-  ASAN_OPTIONS=detect_leaks=1 "$target" -runs="$runs" -timeout="$timeout_per_input" -print_final_stats=1 \
+  ASAN_OPTIONS=detect_leaks=1 "$target" -runs="$runs" "${time_limit[@]}" -timeout="$timeout_per_input" -print_final_stats=1 \
     -artifact_prefix="$artifacts" "$corpus" >"$log_dir/$name.log" 2>&1
   rc=$?
   seconds=$(($(date +%s) - start))
