@@ -85,12 +85,21 @@ void linearMinors(const std::vector<double>& majors, double lo, double hi, int s
   const double iLast = std::floor((hi - anchor) / d + 1e-9);
   // Grid indices beyond 2^53 no longer step by one; no sensible axis gets there.
   if (!(iFirst <= iLast) || !(std::fabs(iFirst) < 0x1p52) || !(std::fabs(iLast) < 0x1p52)) return;
+  // Off the major grid a minor lands on a major only by rounding, a few times
+  // per major; more often than that the subdivision is finer than the doubles
+  // near the anchor, every position rounds onto a major and the walk would
+  // never write anything, so it stops.
+  std::size_t onMajorLeft = 4 * majors.size() + 4;
   for (double i = iFirst; i <= iLast && !w.full(); ++i) {
     if (std::fmod(i, sub) == 0) continue;  // on the major grid
     const double v = anchor + i * d;
     const bool onMajor =
         std::any_of(majors.begin(), majors.end(), [&](double m) { return std::fabs(m - v) <= 1e-9 * step; });
-    if (!onMajor) w.put(v);
+    if (!onMajor) {
+      w.put(v);
+    } else if (--onMajorLeft == 0) {
+      break;
+    }
   }
 }
 

@@ -181,6 +181,20 @@ TEST(HostileTicks, MinorTicksAtTheEndsOfTheDoubleRange) {
   }
 }
 
+// A subdivision finer than the doubles between two majors rounds every minor
+// onto a major: the walk gives up instead of visiting 2^31 positions.
+TEST(HostileTicks, MinorsFinerThanTheDoublesEnd) {
+  test::NullAxisDescriptor null;
+  TickGeometryDescriptor g;
+  g.renderLower = 1e16;
+  g.renderUpper = 1e16 + 2;
+  g.linearSubdivisions = INT_MAX;
+  std::vector<double> majors = {1e16, 1e16 + 2};
+  std::vector<double> out(8);
+  calculateMinorTickMarkPos(null, kXAxis, majors.data(), 2, out.data(), g, 8);
+  for (double v : out) EXPECT_TRUE(std::isnan(v));
+}
+
 // Every allocation of one automatic tick pass fails in turn: the pass raises
 // the host's out-of-memory error and leaves count, offset and record as they
 // were, or completes.
