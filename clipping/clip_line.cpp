@@ -51,7 +51,7 @@ VertexVector clip_line(VertexVector& line, const Plane3d* const* userPlanes) {
     VertexVector head(line, 2, firstTwo);
     return clip_line(head, userPlanes);
   }
-  if (line.getReject()) return VertexVector();
+  if (line.getReject() || !detail::allFinite(line)) return VertexVector();
   if (line.getAccept()) {
     if (!projectRun(line)) return VertexVector();
     return line;
@@ -63,6 +63,7 @@ VertexVector clip_line(VertexVector& line, const Plane3d* const* userPlanes) {
   // output vertex went through the same arithmetic.
   result.clipVertexToFraction(line, 0, 1, span.tIn, userPlanes);
   result.clipVertexToFraction(line, 0, 1, span.tOut, userPlanes);
+  detail::settleIntoVolume(result, userPlanes);
   if (!projectRun(result)) return VertexVector();
   return result;
 }
@@ -71,12 +72,14 @@ std::vector<VertexVector> clip_linestrip(VertexVector& strip, const Plane3d* con
   std::vector<VertexVector> runs;
   const std::size_t n = strip.getSize();
   if (strip.getReject()) return runs;
-  if (strip.getAccept()) {
+  const bool finite = detail::allFinite(strip);
+  if (finite && strip.getAccept()) {
     if (projectRun(strip)) runs.push_back(strip);
     return runs;
   }
   VertexVector run;
   auto finishRun = [&]() {
+    if (run.getSize() >= 2) detail::settleIntoVolume(run, userPlanes);
     if (run.getSize() >= 2 && projectRun(run)) runs.push_back(std::move(run));
     run.clear();
   };
@@ -84,7 +87,9 @@ std::vector<VertexVector> clip_linestrip(VertexVector& strip, const Plane3d* con
   // segment, i.e. the previous segment was not cut at its far end.
   bool runReachesVertex = false;
   for (std::size_t i = 0; i + 1 < n; ++i) {
-    const Span span = visibleSpan(strip, i, i + 1, userPlanes);
+    // A non-finite vertex breaks the strip: both segments at it are dropped.
+    const bool usable = finite || (detail::finiteVertex(strip, i) && detail::finiteVertex(strip, i + 1));
+    const Span span = usable ? visibleSpan(strip, i, i + 1, userPlanes) : Span{1.0, 0.0};
     if (!span.visible()) {
       finishRun();
       runReachesVertex = false;

@@ -34,7 +34,7 @@ unsigned outsideAny(const VertexVector& v) {
 
 VertexVector clip_polygon(VertexVector& polygon, const Plane3d* const* userPlanes) {
   try {
-    if (polygon.getReject()) return VertexVector();
+    if (polygon.getReject() || !detail::allFinite(polygon)) return VertexVector();
     if (polygon.getAccept()) {
       polygon.project();
       return polygon;
@@ -50,6 +50,7 @@ VertexVector clip_polygon(VertexVector& polygon, const Plane3d* const* userPlane
       if (input.getSize() == 0) return input;
     }
     if (input.getSize() < 3) return VertexVector();
+    detail::settleIntoVolume(input, userPlanes);
     input.project();
     return input;
   } catch (const InvalidWException&) {

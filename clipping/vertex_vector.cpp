@@ -1,5 +1,8 @@
 // VertexVector: a primitive's clip-space vertices with outcodes and optional
 // per-vertex attributes, appended, interpolated and projected as a unit.
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <ostream>
 #include <utility>
 
@@ -11,6 +14,64 @@ namespace detail {
 void throwInvalidIndex() { throw vertex_vector::InvalidIndexException(); }
 void throwBindingMismatch() { throw vertex_vector::BindingMismatchException(); }
 void throwAppend() { throw vertex_vector::AppendException(); }
+
+Point4d interpolateFinite(double t, const Point4d& a, const Point4d& b) noexcept {
+  const Point4d p = interpolate(t, a, b);
+  if (std::isfinite(p.getX()) && std::isfinite(p.getY()) && std::isfinite(p.getZ()) &&
+      std::isfinite(p.getW()))
+    return p;
+  // b - a overflowed between two finite coordinates of opposite signs; the
+  // weighted sum cannot overflow by more than rounding.
+  const auto blend = [t](double u, double v) {
+    double const c = (1 - t) * u + t * v;
+    return std::fmax(-std::numeric_limits<double>::max(), std::fmin(c, std::numeric_limits<double>::max()));
+  };
+  const auto pick = [&](double c, double u, double v) { return std::isfinite(c) ? c : blend(u, v); };
+  return Point4d(pick(p.getX(), a.getX(), b.getX()), pick(p.getY(), a.getY(), b.getY()),
+                 pick(p.getZ(), a.getZ(), b.getZ()), pick(p.getW(), a.getW(), b.getW()));
+}
+
+bool finiteVertex(const VertexVector& v, std::size_t i) noexcept {
+  const Point4d& p = v.getVertices()[i];
+  return std::isfinite(p.getX()) && std::isfinite(p.getY()) && std::isfinite(p.getZ()) &&
+         std::isfinite(p.getW());
+}
+
+bool allFinite(const VertexVector& v) noexcept {
+  for (std::size_t i = 0; i < v.getSize(); ++i) {
+    if (!finiteVertex(v, i)) return false;
+  }
+  return true;
+}
+
+void settleIntoVolume(VertexVector& v, const Plane3d* const* userPlanes) {
+  std::size_t const n = v.getSize();
+  const Point4d* const vertices = v.getVertices();
+  // Only a w >= 0 has a volume to settle into; a vertex with w < 0 fails the
+  // projection that follows anyway.
+  const auto outside = [](const Point4d& p) {
+    double const w = p.getW();
+    return w >= 0 && !(std::fabs(p.getX()) <= w && std::fabs(p.getY()) <= w && std::fabs(p.getZ()) <= w);
+  };
+  std::size_t i = 0;
+  while (i < n && !outside(vertices[i])) ++i;
+  if (i == n) return;
+  std::vector<Point4d> settled(vertices, vertices + n);
+  for (Point4d& p : settled) {
+    if (!outside(p)) continue;
+    const double w = p.getW();
+    p = Point4d(std::clamp(p.getX(), -w, w), std::clamp(p.getY(), -w, w), std::clamp(p.getZ(), -w, w), w);
+  }
+  VertexVector out(n, settled.data(), userPlanes);
+  if (const Color4b* c = v.getRGBAColors()) out.addRGBAColors(c);
+  if (const float* c = v.getColorIndices()) out.addColorIndices(c);
+  if (const Point2f* c = v.getTextureCoords()) out.addTextureCoords(c);
+  if (const Point3d* c = v.getNormals()) out.addNormals(c);
+  if (const Point3f* c = v.getAmbientDiffuseSecondaryColors()) out.addAmbientDiffuseSecondaryColors(c);
+  if (const Point3f* c = v.getSpecularSecondaryColors()) out.addSpecularSecondaryColors(c);
+  v.swap(out);
+}
+
 }  // namespace detail
 
 using detail::throwAppend;
@@ -218,7 +279,7 @@ void VertexVector::clipVertexToFraction(const VertexVector& source, std::size_t 
   const Impl& src = source.read();
   Impl& dst = own();
   prepareAppend(dst, src, i0, i1);
-  const Point4d p = interpolate(t, src.vertices[i0], src.vertices[i1]);
+  const Point4d p = detail::interpolateFinite(t, src.vertices[i0], src.vertices[i1]);
   const Outcode code = p.calculateOutcodes(userPlanes);
   dst.dropProjection();
   dst.vertices.push_back(p);
@@ -308,8 +369,17 @@ void VertexVector::project() {
   inverseW.reserve(own().vertices.size());
   for (const Point4d& p : own().vertices) {
     double r = 0.0;
-    projected.push_back(p.project(&r));
-    inverseW.push_back(r);
+    Point3d q = p.project(&r);
+    const double w = p.getW();
+    // Multiplying by 1/w may round a vertex on the boundary to just beyond 1,
+    // and 1/w overflows for a subnormal w; a vertex inside the volume is then
+    // divided instead, which keeps it in [-1, 1].
+    if (std::fabs(p.getX()) <= w && std::fabs(p.getY()) <= w && std::fabs(p.getZ()) <= w &&
+        !(std::fabs(q.getX()) <= 1 && std::fabs(q.getY()) <= 1 && std::fabs(q.getZ()) <= 1)) {
+      q = Point3d(p.getX() / w, p.getY() / w, p.getZ() / w);
+    }
+    projected.push_back(q);
+    inverseW.push_back(std::fmin(r, std::numeric_limits<double>::max()));
   }
   own().projected.swap(projected);
   own().inverseW.swap(inverseW);

@@ -64,6 +64,20 @@ namespace detail {
 [[noreturn]] void throwInvalidIndex();
 [[noreturn]] void throwBindingMismatch();
 [[noreturn]] void throwAppend();
+
+// interpolate(t, a, b), except that a coordinate which overflows between two
+// finite ones is blended as (1 - t) a + t b instead, so finite input stays
+// finite.
+Point4d interpolateFinite(double t, const Point4d& a, const Point4d& b) noexcept;
+
+// True when every coordinate of every vertex is finite.
+bool allFinite(const VertexVector& v) noexcept;
+// True when vertex i is finite.
+bool finiteVertex(const VertexVector& v, std::size_t i) noexcept;
+// Moves every vertex that rounding left just outside the canonical volume
+// onto its boundary (x, y and z into [-w, w]), recomputing outcodes; the
+// attributes stay.
+void settleIntoVolume(VertexVector& v, const Plane3d* const* userPlanes);
 }  // namespace detail
 
 }  // namespace gui_objects

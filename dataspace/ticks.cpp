@@ -142,6 +142,7 @@ int calculateLinearTicks(double* lower, double* upper, int minTicks, int maxTick
   }
   const bool inside = mode != kEnclosing;
   double best = inside ? DBL_MIN : DBL_MAX;
+  maxTicks = std::min(maxTicks, kMaxTickCount);
   if (minTicks > maxTicks) return 0;
   const int firstCount = std::max(minTicks, 2);
   const double magnitude = std::fabs(L) + std::fabs(H);
@@ -189,6 +190,12 @@ int pickBiasedTickAndLimits(AxisType, double* lower, double* upper, int minTicks
                             int biasHigh) {
   const double savedLower = *lower;
   const double savedUpper = *upper;
+  // Every count the loop forms stays within 2 * kMaxTickCount + 2 of zero; a
+  // lower bias beyond that compares like one just past it.
+  minTicks = std::clamp(minTicks, -kMaxTickCount, kMaxTickCount + 1);
+  maxTicks = detail::clampCount(maxTicks);
+  biasLow = std::clamp(biasLow, -kMaxTickCount - 2, kMaxTickCount + 2);
+  biasHigh = std::clamp(biasHigh, -kMaxTickCount, 100);
   int n = calculateLinearTicks(lower, upper, minTicks, maxTicks, kInside);
   if (n != 0) return n;
   int curMin = minTicks;
@@ -197,6 +204,7 @@ int pickBiasedTickAndLimits(AxisType, double* lower, double* upper, int minTicks
   int lowBound = biasLow;
   int shrink = 0;
   while (limit < 100) {
+    bool shrinking = false;
     if (curMax < limit) {
       curMax += 1;
       curMin = curMax;
@@ -213,10 +221,15 @@ int pickBiasedTickAndLimits(AxisType, double* lower, double* upper, int minTicks
       shrink += 1;
       curMax = maxTicks;
       curMin = minTicks - shrink;
+      shrinking = true;
     }
     *lower = savedLower;
     *upper = savedUpper;
-    n = calculateLinearTicks(lower, upper, curMin, curMax, kInside);
+    // A shrinking step adds one count below a range already searched in vain.
+    // Inside mode judges every count on its own once nothing was accepted, so
+    // the new count alone decides, and the shrinking costs linear, not
+    // quadratic, time in the counts.
+    n = calculateLinearTicks(lower, upper, curMin, shrinking ? std::min(curMin, curMax) : curMax, kInside);
     if (n != 0) return n;
   }
   return 0;
@@ -235,6 +248,7 @@ void estimateNumberOfTicks(int* outMin, int* outMax, int low, int cap, const Poi
   if (fitting < cap)
     m = fitting < std::numeric_limits<int>::min() / 2 ? std::numeric_limits<int>::min() / 2
                                                       : static_cast<int>(fitting);
+  low = std::max(low, std::numeric_limits<int>::min() + 1);
   const int baseCount = inclusive ? low : low - 1;
   int maxCount = std::max(m, baseCount);
   int minCount;
@@ -341,10 +355,22 @@ void computeAxisTicks(AxisDescriptor& desc, AxisType axis, int biasLow, int bias
     }
     n = calculateLogTicks(&lo, &hi, maxTicks, kLimitExponents);
   }
+  // The record is allocated before the descriptor changes, so that running
+  // out of memory leaves the axis as it was. Logarithmic ticks never touch
+  // the descriptor while they are made; linear ones count the extra render
+  // limit ticks on it and get room for both up front.
+  if (scale == kLogScale) {
+    std::unique_ptr<NReals> ticks(calculateTickMarkPos(desc, axis, n, lo, hi, renderLo, renderHi, scale));
+    desc.setNumTicksInRange(axis, n);
+    desc.setOffsetToGoodTick(axis, 0);
+    desc.setAxisTickData(axis, ticks.release());
+    return;
+  }
+  std::unique_ptr<NReals> spare(new NReals(n + 2));
   desc.setNumTicksInRange(axis, n);
   desc.setOffsetToGoodTick(axis, 0);
-  NReals* ticks =
-      calculateTickMarkPos(desc, axis, desc.getNumTicksInRange(axis), lo, hi, renderLo, renderHi, scale);
+  NReals* ticks = detail::linearTickMarkPos(desc, axis, desc.getNumTicksInRange(axis), lo, hi, renderLo,
+                                            renderHi, std::move(spare));
   desc.setAxisTickData(axis, ticks);
 }
 
@@ -354,28 +380,32 @@ void computeAxisTicks(AxisDescriptor& desc, int biasLow, int biasHigh) {
 
 // ---- Major tick positions ----------------------------------------------------------------------
 
-NReals* calculateTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, double tickLower,
-                             double tickUpper, double renderLower, double renderUpper, AxisScale scale) {
-  if (numTicks <= 0) return new NReals(0);
+namespace {
+
+// The tick step, or the ratio step when the span overflows.
+double majorStep(int numTicks, double tickLower, double tickUpper, bool* ratio) noexcept {
   double step = tickUpper - tickLower;
-  bool ratio = false;
+  *ratio = false;
   if (step > DBL_MAX) {
     // The span overflows; the ticks are then spaced as multiples of the lower one.
     step = tickUpper / tickLower - 1;
-    ratio = true;
+    *ratio = true;
   }
-  step = numTicks > 1 ? step / (numTicks - 1) : 0.0;
+  return numTicks > 1 ? step / (numTicks - 1) : 0.0;
+}
 
-  if (scale == kLogScale) {
-    std::unique_ptr<NReals> ticks(new NReals(std::max(numTicks, desc.getNumTicksInRange(axis))));
-    const bool negative = renderLower < 0 && renderUpper < 0;
-    for (int i = 0; i < numTicks; ++i) {
-      const double v = negative ? -detail::pow10x(tickLower + (numTicks - 1 - i) * step)
-                                : detail::pow10x(tickLower + i * step);
-      if (renderLower <= v && v <= renderUpper) ticks->append(v);
-    }
-    return detail::finishLogTicks(desc, axis, ticks.release(), renderLower, renderUpper);
+}  // namespace
+
+NReals* detail::linearTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, double tickLower,
+                                  double tickUpper, double renderLower, double renderUpper,
+                                  std::unique_ptr<NReals> spare) {
+  if (numTicks <= 0) {
+    if (spare == nullptr) return new NReals(0);
+    spare->count = 0;
+    return spare.release();
   }
+  bool ratio = false;
+  const double step = majorStep(numTicks, tickLower, tickUpper, &ratio);
 
   // A render limit at least a full step beyond the nice ticks is shown as a
   // tick of its own.
@@ -392,7 +422,8 @@ NReals* calculateTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, 
   // written even when the descriptor counts fewer.
   const int reported = desc.getNumTicksInRange(axis);
   const int needed = numTicks + (extraLow ? 1 : 0) + (extraHigh ? 1 : 0);
-  auto* ticks = new NReals(std::max(reported, needed));
+  const int room = std::max(reported, needed);
+  NReals* ticks = spare != nullptr && spare->capacity() >= room ? spare.release() : new NReals(room);
   std::fill(ticks->values, ticks->values + ticks->capacity(), std::numeric_limits<double>::quiet_NaN());
   const int shift = extraLow ? 1 : 0;
   for (int i = 0; i < numTicks; ++i) {
@@ -403,6 +434,28 @@ NReals* calculateTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, 
   if (extraHigh) ticks->values[numTicks + shift] = renderUpper;
   ticks->count = std::clamp(reported, 0, ticks->capacity());
   return ticks;
+}
+
+NReals* calculateTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, double tickLower,
+                             double tickUpper, double renderLower, double renderUpper, AxisScale scale) {
+  if (scale != kLogScale) {
+    return detail::linearTickMarkPos(desc, axis, numTicks, tickLower, tickUpper, renderLower, renderUpper,
+                                     nullptr);
+  }
+  if (numTicks <= 0) return new NReals(0);
+  bool ratio = false;
+  const double step = majorStep(numTicks, tickLower, tickUpper, &ratio);
+
+  {
+    std::unique_ptr<NReals> ticks(new NReals(std::max(numTicks, desc.getNumTicksInRange(axis))));
+    const bool negative = renderLower < 0 && renderUpper < 0;
+    for (int i = 0; i < numTicks; ++i) {
+      const double v = negative ? -detail::pow10x(tickLower + (numTicks - 1 - i) * step)
+                                : detail::pow10x(tickLower + i * step);
+      if (renderLower <= v && v <= renderUpper) ticks->append(v);
+    }
+    return detail::finishLogTicks(desc, axis, ticks.release(), renderLower, renderUpper);
+  }
 }
 
 // ---- Interfaces --------------------------------------------------------------------------------

@@ -165,6 +165,7 @@ NReals* finishLogTicks(AxisDescriptor& desc, AxisType axis, NReals* ticks, doubl
 // qualifies (0) and they are left alone.
 int calculateLogTicks(double* lower, double* upper, int maxTicks, LimitType limitType) {
   if (!(*lower > 0) || !(*upper > 0) || !std::isfinite(*lower) || !std::isfinite(*upper)) return 0;
+  maxTicks = detail::clampCount(maxTicks);
   double a = std::log10(*lower);
   double b = std::log10(*upper);
   const double A0 = std::trunc(a);

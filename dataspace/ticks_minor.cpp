@@ -85,12 +85,21 @@ void linearMinors(const std::vector<double>& majors, double lo, double hi, int s
   const double iLast = std::floor((hi - anchor) / d + 1e-9);
   // Grid indices beyond 2^53 no longer step by one; no sensible axis gets there.
   if (!(iFirst <= iLast) || !(std::fabs(iFirst) < 0x1p52) || !(std::fabs(iLast) < 0x1p52)) return;
+  // Off the major grid a minor lands on a major only by rounding, a few times
+  // per major; more often than that the subdivision is finer than the doubles
+  // near the anchor, every position rounds onto a major and the walk would
+  // never write anything, so it stops.
+  std::size_t onMajorLeft = 4 * majors.size() + 4;
   for (double i = iFirst; i <= iLast && !w.full(); ++i) {
     if (std::fmod(i, sub) == 0) continue;  // on the major grid
     const double v = anchor + i * d;
     const bool onMajor =
         std::any_of(majors.begin(), majors.end(), [&](double m) { return std::fabs(m - v) <= 1e-9 * step; });
-    if (!onMajor) w.put(v);
+    if (!onMajor) {
+      w.put(v);
+    } else if (--onMajorLeft == 0) {
+      break;
+    }
   }
 }
 
@@ -103,7 +112,8 @@ std::vector<double> logMinors(const std::vector<double>& majors, double lo, doub
   const bool decades = std::all_of(majors.begin(), majors.end(), isDecade);
   int decadeStep = 1;
   if (decades && majors.size() >= 2) {
-    decadeStep = static_cast<int>(std::lround(std::log10(majors[1] / majors[0])));
+    // By exponents: the ratio of the extreme decades overflows.
+    decadeStep = static_cast<int>(std::lround(std::log10(majors[1])) - std::lround(std::log10(majors[0])));
   }
   const int kLo = static_cast<int>(std::floor(std::log10(lo))) - 1;
   const int kHi = static_cast<int>(std::ceil(std::log10(hi))) + 1;
@@ -163,6 +173,8 @@ void calculateMinorTickMarkPos(AxisDescriptor& desc, AxisType axis, double* majo
   double mLo = negative ? -hi : lo;
   double mHi = negative ? -lo : hi;
   if (!(mLo > 0)) mLo = magnitudes.front() / 10;
+  // A decade below the smallest subnormal is no longer a double.
+  if (!(mLo > 0)) mLo = std::numeric_limits<double>::denorm_min();
   if (!(mHi > mLo) || !std::isfinite(mHi)) return;
   std::vector<double> minors = logMinors(magnitudes, mLo, mHi);
   if (negative) {

@@ -1,8 +1,10 @@
 // Helpers shared by the linear and logarithmic halves of the tick picker.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 
 #include "dataspace/ticks_pow10_p.h"
 #include "qvgui/dataspace.h"
@@ -17,6 +19,9 @@ inline double pow10i(int e) noexcept {
   return kPowersOfTen[e - kPow10Min];
 }
 
+// A caller's tick count or bias held within +-kMaxTickCount (see dataspace.h).
+inline int clampCount(int n) noexcept { return std::clamp(n, -kMaxTickCount, kMaxTickCount); }
+
 // 10^x for the exponent of a tick: whole exponents come from the table (exact
 // powers of ten), others from std::pow.
 double pow10x(double x) noexcept;
@@ -26,6 +31,12 @@ double pow10x(double x) noexcept;
 // decade step (1, 2, 5, 10, 20, ...) that fits. Appended in ascending value
 // order to a new record.
 NReals* decadeTicks(int kLo, int kHi, bool negative, int maxTicks);
+
+// calculateTickMarkPos for every scale but the logarithmic one, writing into
+// `spare` when it has room for the ticks (else into a new record).
+NReals* linearTickMarkPos(AxisDescriptor& desc, AxisType axis, int numTicks, double tickLower,
+                          double tickUpper, double renderLower, double renderUpper,
+                          std::unique_ptr<NReals> spare);
 
 // The logarithmic pass after the decade rule of calculateTickMarkPos: repairs
 // sub-decade and zero-touching ranges (see ticks_log.cpp). Takes ownership of

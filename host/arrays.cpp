@@ -1,6 +1,7 @@
 // Host arrays: the class table, creation, destruction, duplication,
 // inspection and equality.
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
@@ -167,18 +168,18 @@ zrArray_tag* zrCreateStructMatrix(zrSize m, zrSize n, int nfields, const char** 
   return a;
 }
 
-zrArray_tag* zrDuplicateArray(const zrArray_tag* array) {
-  if (array == nullptr) return nullptr;
+namespace {
+
+// A copy of the record and its element storage or field names; its slots stay empty.
+zrArray_tag* duplicateShell(const zrArray_tag* array) {
   zrArray_tag* copy = newArray(array->classID, array->dims);
   try {
     copy->functionName = array->functionName;
     if (hasElementStorage(array->classID)) {
       const zrSize bytes = elementCount(array) * classElementSize(array->classID);
       if (bytes > 0) std::memcpy(copy->data, array->data, bytes);
-    } else if (array->classID == zrCELL_CLASS || array->classID == zrSTRUCT_CLASS) {
+    } else if (array->classID == zrSTRUCT_CLASS) {
       for (const std::string& name : array->fieldNames) zrAddField(copy, name.c_str());
-      const zrSize used = elementCount(array) * slotsPerElement(array);
-      for (zrSize k = 0; k < used; ++k) copy->slots[k] = zrDuplicateArray(array->slots[k]);
     }
   } catch (const std::bad_alloc&) {
     zrDestroyArray(copy);
@@ -190,16 +191,61 @@ zrArray_tag* zrDuplicateArray(const zrArray_tag* array) {
   return copy;
 }
 
-void zrDestroyArray(zrArray_tag* array) {
-  if (array == nullptr) return;
-  if (array->slots != nullptr) {
-    const zrSize total = array->slotCapacity * slotsPerElement(array);
-    for (zrSize k = 0; k < total; ++k) zrDestroyArray(array->slots[k]);
-    zrFree(array->slots);
+}  // namespace
+
+// Cells nest as deep as a caller cares to build them, so the copy walks an
+// explicit list of slots still to fill instead of recursing.
+zrArray_tag* zrDuplicateArray(const zrArray_tag* array) {
+  if (array == nullptr) return nullptr;
+  zrArray_tag* root = duplicateShell(array);
+  struct Pending {
+    const zrArray_tag* from;
+    zrArray_tag* to;
+  };
+  try {
+    std::vector<Pending> pending{{array, root}};
+    while (!pending.empty()) {
+      const Pending p = pending.back();
+      pending.pop_back();
+      if (p.from->slots == nullptr) continue;
+      const zrSize used = elementCount(p.from) * slotsPerElement(p.from);
+      for (zrSize k = 0; k < used; ++k) {
+        const zrArray_tag* child = p.from->slots[k];
+        if (child == nullptr) continue;
+        p.to->slots[k] = duplicateShell(child);
+        if (child->slots != nullptr) pending.push_back({child, p.to->slots[k]});
+      }
+    }
+  } catch (const std::bad_alloc&) {
+    zrDestroyArray(root);
+    throwOutOfMemory(0);
+  } catch (...) {
+    zrDestroyArray(root);
+    throw;
   }
-  zrFree(array->data);
-  delete array;
-  --g_liveArrays;
+  return root;
+}
+
+void zrDestroyArray(zrArray_tag* array) {
+  zrArray_tag* queue = array;
+  if (queue != nullptr) queue->nextToFree = nullptr;
+  while (queue != nullptr) {
+    zrArray_tag* a = queue;
+    queue = a->nextToFree;
+    if (a->slots != nullptr) {
+      const zrSize total = a->slotCapacity * slotsPerElement(a);
+      for (zrSize k = 0; k < total; ++k) {
+        zrArray_tag* child = a->slots[k];
+        if (child == nullptr) continue;
+        child->nextToFree = queue;
+        queue = child;
+      }
+      zrFree(a->slots);
+    }
+    zrFree(a->data);
+    delete a;
+    --g_liveArrays;
+  }
 }
 
 // ---- Inspection ----------------------------------------------------------------------
@@ -275,40 +321,69 @@ bool isEmptyDouble(const zrArray_tag* a) {
          a->dims[0] == 0 && a->dims[1] == 0;
 }
 
-bool slotsEqual(const zrArray_tag* a, const zrArray_tag* b) {
-  if (a == nullptr || b == nullptr) return a == b || isEmptyDouble(a) || isEmptyDouble(b);
-  return zrArrayEqual(a, b);
-}
-
-}  // namespace
-
-bool zrArrayEqual(const zrArray_tag* a, const zrArray_tag* b) {
-  if (a == nullptr || b == nullptr) return a == b;
+// Compares the records themselves; nested slots are left to the caller.
+bool shallowEqual(const zrArray_tag* a, const zrArray_tag* b) {
   if (a->classID != b->classID || a->dims != b->dims) return false;
-  const zrSize n = elementCount(a);
   switch (a->classID) {
     case zrFUNCTION_CLASS:
       return a->functionName == b->functionName;
     case zrCELL_CLASS:
-      for (zrSize i = 0; i < n; ++i) {
-        if (!slotsEqual(a->slots[i], b->slots[i])) return false;
-      }
       return true;
     case zrSTRUCT_CLASS: {
-      // Fields match by name; their order does not matter.
       if (a->fieldNames.size() != b->fieldNames.size()) return false;
-      const zrSize nf = a->fieldNames.size();
-      for (zrSize f = 0; f < nf; ++f) {
-        zrSize g = 0;
-        while (g < nf && b->fieldNames[g] != a->fieldNames[f]) ++g;
-        if (g == nf) return false;
-        for (zrSize i = 0; i < n; ++i) {
-          if (!slotsEqual(a->slots[i * nf + f], b->slots[i * nf + g])) return false;
-        }
+      for (const std::string& name : a->fieldNames) {
+        if (std::find(b->fieldNames.begin(), b->fieldNames.end(), name) == b->fieldNames.end()) return false;
       }
       return true;
     }
     default:
-      return hasElementStorage(a->classID) ? elementsEqual(a, b, n) : true;
+      return hasElementStorage(a->classID) ? elementsEqual(a, b, elementCount(a)) : true;
   }
+}
+
+}  // namespace
+
+// Nested cells are compared with an explicit stack of slot pairs, so that the
+// depth of the nesting costs heap, not call stack.
+bool zrArrayEqual(const zrArray_tag* a, const zrArray_tag* b) {
+  struct Pair {
+    const zrArray_tag* a;
+    const zrArray_tag* b;
+  };
+  std::vector<Pair> pending;
+  const auto push = [&pending](const zrArray_tag* x, const zrArray_tag* y) {
+    // An empty cell reads as the empty double matrix.
+    if (x == nullptr || y == nullptr) return x == y || isEmptyDouble(x) || isEmptyDouble(y);
+    if (!shallowEqual(x, y)) return false;
+    if (x->classID == zrCELL_CLASS || x->classID == zrSTRUCT_CLASS) pending.push_back({x, y});
+    return true;
+  };
+  try {
+    if (a == nullptr || b == nullptr) return a == b;
+    if (!push(a, b)) return false;
+    while (!pending.empty()) {
+      const Pair p = pending.back();
+      pending.pop_back();
+      const zrSize n = elementCount(p.a);
+      if (p.a->classID == zrCELL_CLASS) {
+        for (zrSize i = 0; i < n; ++i) {
+          if (!push(p.a->slots[i], p.b->slots[i])) return false;
+        }
+        continue;
+      }
+      // Fields match by name; their order does not matter.
+      const zrSize nf = p.a->fieldNames.size();
+      for (zrSize f = 0; f < nf; ++f) {
+        const auto g = static_cast<zrSize>(
+            std::find(p.b->fieldNames.begin(), p.b->fieldNames.end(), p.a->fieldNames[f]) -
+            p.b->fieldNames.begin());
+        for (zrSize i = 0; i < n; ++i) {
+          if (!push(p.a->slots[i * nf + f], p.b->slots[i * nf + g])) return false;
+        }
+      }
+    }
+  } catch (const std::bad_alloc&) {
+    throwOutOfMemory(0);
+  }
+  return true;
 }

@@ -21,6 +21,9 @@ struct zrArray_tag {
   zrSize slotCapacity = 0;
   std::vector<std::string> fieldNames;
   std::string functionName;
+  // Links records awaiting destruction, so that freeing a nest of any depth
+  // needs neither recursion nor an allocation.
+  zrArray_tag* nextToFree = nullptr;
 };
 
 namespace qvhost {

@@ -33,6 +33,34 @@ const char* orEmpty(const char* s) { return s != nullptr ? s : ""; }
 
 ArrayPtr duplicate(const zrArray_tag* a) { return ArrayPtr(zrDuplicateArray(a)); }
 
+// Evaluation recurses through nested expressions and, when a function runs
+// code of its own, through the host's callers too; a count over both, and one
+// over the calls alone, bound the stack whatever the texts and functions do.
+int g_evaluationDepth = 0;
+int g_callDepth = 0;
+
+class EvaluationLevel {
+ public:
+  explicit EvaluationLevel(bool call = false) : call_(call) {
+    if (g_evaluationDepth >= kMaxEvaluationDepth) {
+      throwScriptError("Tavrix::host::RecursionLimit", kMaxEvaluationDepth);
+    }
+    if (call_ && g_callDepth >= kMaxCallDepth)
+      throwScriptError("Tavrix::host::RecursionLimit", kMaxCallDepth);
+    ++g_evaluationDepth;
+    if (call_) ++g_callDepth;
+  }
+  ~EvaluationLevel() {
+    --g_evaluationDepth;
+    if (call_) --g_callDepth;
+  }
+  EvaluationLevel(const EvaluationLevel&) = delete;
+  EvaluationLevel& operator=(const EvaluationLevel&) = delete;
+
+ private:
+  bool call_;
+};
+
 void checkInterrupt() {
   if (g_interruptsEnabled) utThrowIfInterruptPending();
 }
@@ -235,6 +263,7 @@ std::vector<ArrayPtr> call(const Node& n, int nlhs) {
 }
 
 ArrayPtr evaluate(const Node& n) {
+  const EvaluationLevel level;
   switch (n.kind) {
     case NodeKind::Number:
       return ArrayPtr(zrCreateDoubleScalar(n.number));
@@ -253,9 +282,12 @@ ArrayPtr evaluate(const Node& n) {
     case NodeKind::Plus:
       return negate(evaluate(*n.children[0]).get(), n.kind == NodeKind::Negate);
     case NodeKind::Binary: {
-      ArrayPtr a = evaluate(*n.children[0]);
-      ArrayPtr b = evaluate(*n.children[1]);
-      return arithmetic(n.text, a.get(), b.get());
+      ArrayPtr value = evaluate(*n.children[0]);
+      for (std::size_t k = 1; k < n.children.size(); ++k) {
+        ArrayPtr b = evaluate(*n.children[k]);
+        value = arithmetic(n.operators[k - 1], value.get(), b.get());
+      }
+      return value;
     }
     case NodeKind::Name: {
       const auto var = workspace().find(n.text);
@@ -324,6 +356,7 @@ void throwScriptError(const char* identifier, ...) {
 std::vector<ArrayPtr> callFunction(const std::string& name, int nlhs,
                                    const std::vector<const zrArray_tag*>& args) {
   checkInterrupt();
+  const EvaluationLevel level(true);
   const auto registered = functions().find(name);
   const bool builtin = registered == functions().end() && findBuiltin(name);
   if (registered == functions().end() && !builtin) {

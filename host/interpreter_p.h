@@ -29,11 +29,25 @@ std::vector<Token> tokenize(std::string_view text);
 
 enum class NodeKind { Number, String, Matrix, Name, Call, Handle, Negate, Plus, Binary };
 
+// How deep parentheses, signs, calls and matrices may nest in one text; how
+// deep evaluation may go, counting nested expressions and calls together
+// across texts that run one another; and how many calls may be active at
+// once (a call through a function that runs code again costs far more stack
+// than a nested expression). Together they keep the stack well inside the
+// smallest thread stacks the host gives its graphics thread.
+inline constexpr int kMaxExpressionNesting = 256;
+inline constexpr int kMaxEvaluationDepth = 1024;
+inline constexpr int kMaxCallDepth = 128;
+
+// Binary: children[0] op[0] children[1] op[1] ... evaluated left to right, all
+// operators of one precedence level.
 struct Node {
   NodeKind kind = NodeKind::Number;
   double number = 0;
-  std::string text;  // name, string contents or operator
+  std::string text;  // name or string contents
   std::vector<std::unique_ptr<Node>> children;
+  std::vector<std::string> operators;   // Binary
+  int level = 0;                        // Binary: 0 for + -, 1 for * / .* ./
   std::vector<std::size_t> rowLengths;  // Matrix: elements per row, in order
   int line = 1;
   int column = 1;

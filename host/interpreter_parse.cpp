@@ -176,13 +176,37 @@ class Parser {
     return n;
   }
 
-  std::unique_ptr<Node> binary(const Token& op, std::unique_ptr<Node> lhs, std::unique_ptr<Node> rhs) {
-    auto n = make(NodeKind::Binary, op);
-    n->text = op.text;
-    n->children.push_back(std::move(lhs));
-    n->children.push_back(std::move(rhs));
-    return n;
+  // A run of operators of one precedence becomes one flat node, so that a sum
+  // of a million terms is a wide tree, not a deep one.
+  void appendOperand(std::unique_ptr<Node>& chain, const Token& op, std::unique_ptr<Node> rhs) {
+    if (chain->kind != NodeKind::Binary || chain->level != level(op)) {
+      auto n = make(NodeKind::Binary, op);
+      n->level = level(op);
+      n->children.push_back(std::move(chain));
+      chain = std::move(n);
+    }
+    chain->operators.push_back(op.text);
+    chain->children.push_back(std::move(rhs));
   }
+  static int level(const Token& op) { return isOp(op, "+") || isOp(op, "-") ? 0 : 1; }
+
+  // Parentheses, signs, calls and matrices nest by recursion; each level is
+  // counted so that no text can exhaust the stack.
+  class Nesting {
+   public:
+    Nesting(Parser& p, const Token& at) : depth_(p.depth_) {
+      if (++depth_ > kMaxExpressionNesting) {
+        --depth_;
+        throwScriptError("Tavrix::host::NestingTooDeep", at.line, at.column, kMaxExpressionNesting);
+      }
+    }
+    ~Nesting() { --depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+   private:
+    int& depth_;
+  };
 
   // In a matrix, "a -b" starts a new element while "a - b" and "a-b" subtract.
   bool startsElement(const Token& op) {
@@ -195,7 +219,7 @@ class Parser {
       const Token& op = peek();
       if (!(isOp(op, "+") || isOp(op, "-")) || startsElement(op)) return lhs;
       ++pos_;
-      lhs = binary(op, std::move(lhs), term());
+      appendOperand(lhs, op, term());
     }
   }
 
@@ -205,13 +229,14 @@ class Parser {
       const Token& op = peek();
       if (!(isOp(op, "*") || isOp(op, "/") || isOp(op, ".*") || isOp(op, "./"))) return lhs;
       ++pos_;
-      lhs = binary(op, std::move(lhs), unary());
+      appendOperand(lhs, op, unary());
     }
   }
 
   std::unique_ptr<Node> unary() {
     const Token& t = peek();
     if (isOp(t, "-") || isOp(t, "+")) {
+      const Nesting nesting(*this, t);
       ++pos_;
       auto n = make(t.text == "-" ? NodeKind::Negate : NodeKind::Plus, t);
       n->children.push_back(unary());
@@ -237,13 +262,17 @@ class Parser {
         return nameOrCall(t);
       case TokenKind::Operator:
         if (t.text == "(") {
+          const Nesting nesting(*this, t);
           contexts_.push_back(Context::Paren);
           auto inner = expression();
           expect(")", "expected ')'");
           contexts_.pop_back();
           return inner;
         }
-        if (t.text == "[") return matrix(t);
+        if (t.text == "[") {
+          const Nesting nesting(*this, t);
+          return matrix(t);
+        }
         if (t.text == "@") {
           const Token& name = next();
           if (name.kind != TokenKind::Name) fail(name, "expected a function name after '@'");
@@ -266,6 +295,7 @@ class Parser {
       n->text = name.text;
       return n;
     }
+    const Nesting nesting(*this, name);
     ++pos_;
     auto n = make(NodeKind::Call, name);
     n->text = name.text;
@@ -322,6 +352,7 @@ class Parser {
   std::vector<Token> tokens_;
   std::size_t pos_ = 0;
   std::vector<Context> contexts_;
+  int depth_ = 0;
 };
 
 }  // namespace

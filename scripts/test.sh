@@ -41,7 +41,7 @@ if command -v clang++ >/dev/null && [ -x scripts/run-fuzzers.sh ]; then
   echo "== Fuzzers (${fuzz_seconds} s each) =="
   cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
     -DQVGUI_BUILD_FUZZ=ON -DQVGUI_BUILD_TESTS=OFF -DQVGUI_BUILD_BENCH=OFF -DQVGUI_BUILD_TOOLS=OFF \
-    -DQVGUI_SANITIZE=ON -DQVGUI_SUBSYSTEMS="geometry;bridge;dataspace;window;raster"
+    -DQVGUI_SANITIZE=ON
   cmake --build build/fuzz -j"$jobs"
   scripts/run-fuzzers.sh build/fuzz "$fuzz_seconds"
 fi

@@ -85,6 +85,23 @@ void ContourEngine::setXYZPtrsAndZMinMax(const double* x, const double* y, const
   zmax_ = zmax;
 }
 
+void ContourEngine::setXYZAndZMinMax(const double* x, std::size_t xCount, const double* y, std::size_t yCount,
+                                     const double* z, std::size_t zCount, double zmin, double zmax) {
+  // An empty grid reads nothing.
+  const auto check = [this](const char* name, const double* values, std::size_t count,
+                            unsigned long long needed) {
+    if (flagCount_ == 0) return;
+    if (values == nullptr) count = 0;
+    if (count < needed)
+      qvgui_messages::raise::contourArraySizeMismatch(rows_, columns_, needed, name,
+                                                      static_cast<unsigned long long>(count));
+  };
+  check("x", x, xCount, static_cast<unsigned long long>(columns_));
+  check("y", y, yCount, static_cast<unsigned long long>(rows_));
+  check("z", z, zCount, flagCount_);
+  setXYZPtrsAndZMinMax(x, y, z, zmin, zmax);
+}
+
 void ContourEngine::allocWorkSpace(int points) {
   const int n = points > 0 ? points : 0;
   // Allocate before freeing so a failed allocation leaves the old workspace.

@@ -210,8 +210,10 @@ void* handle2pointer_in_table(HandleTable_tag* table, double h) {
 bool bind_handle_in_table(HandleTable_tag* table, double h, void* object) {
   if (!table) return false;
   const SplitHandle s = splitHandle(h);
-  if (!s.ok) return false;
-  if (s.scaledFraction < 1.0) {
+  // A fraction that is no whole reuse count names no slot that any lookup
+  // would find again.
+  if (!s.ok || s.scaledFraction != std::floor(s.scaledFraction)) return false;
+  if (s.whole) {
     // Whole numbers go to the integer table; the answer stays false by design.
     bindInteger(table, s.index, object);
     return false;

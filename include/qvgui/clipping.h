@@ -46,9 +46,11 @@ inline constexpr std::size_t kUserClipPlanes = 6;
 inline constexpr std::size_t kClipPlanes = kCanonicalClipPlanes + kUserClipPlanes;
 
 // The fraction t along p0 -> p1 at which the segment meets clipping plane
-// planeIndex. Not guarded against division by zero: call it only for a plane
-// the two points lie on different sides of. A null user plane (or a null
-// array), and an index of 12 or more, give 0.
+// planeIndex; meaningful only for a plane the two points lie on different
+// sides of. For finite points the result is always in [0, 1]: where the
+// direct quotient overflows, cancels or leaves [0, 1], t is recomputed from
+// the points scaled by a power of two and held in [0, 1]. A null user plane
+// (or a null array), and an index of 12 or more, give 0.
 [[nodiscard]] QVGUI_API double calculate_line_t(const Point4d& p0, const Point4d& p1, std::size_t planeIndex,
                                                 const Plane3d* const* userPlanes);
 
@@ -139,8 +141,10 @@ class QVGUI_API VertexVector {
   [[nodiscard]] const Point3f* getSpecularSecondaryColors() const noexcept;
   [[nodiscard]] bool isProjected() const noexcept;
 
-  // Divides every vertex by its w, keeping 1/w per vertex. InvalidWException
-  // (and nothing changed) when a vertex has w <= 0.
+  // Divides every vertex by its w, keeping 1/w per vertex (at most DBL_MAX).
+  // A vertex inside the canonical volume projects into [-1, 1] even where
+  // multiplying by 1/w would round beyond it. InvalidWException (and nothing
+  // changed) when a vertex has w <= 0.
   void project();
 
   void swap(VertexVector& other) noexcept;
@@ -166,6 +170,15 @@ static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 QVGUI_API std::ostream& operator<<(std::ostream& os, const VertexVector& v);
 
+// Clipped output is what a rasteriser consumes, so from finite input it holds
+// no NaN and no infinity, and every projected coordinate lies in [-1, 1]:
+// crossings are computed so that they cannot overflow, and a vertex that
+// rounding leaves just outside the volume is moved onto its boundary. A vertex
+// with a NaN or infinite coordinate is never visible and neither is any part
+// of a primitive that has it as an end: a polygon with one is empty, a line
+// with one is empty, and a line strip is broken there (the segments on both
+// sides of it are dropped).
+//
 // The visible part of a polygon (Sutherland-Hodgman over the twelve planes),
 // projected; empty when less than a triangle remains.
 [[nodiscard]] QVGUI_API VertexVector clip_polygon(VertexVector& polygon, const Plane3d* const* userPlanes);

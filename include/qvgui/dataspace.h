@@ -753,6 +753,15 @@ enum InnerLimitIndices : int { kMaxNegativeData = 0, kMinPositiveData = 1 };
 enum InOut : int { kEnclosing = 0, kInside = 1 };
 enum LimitType : int { kLimitValues = 0, kLimitExponents = 1 };
 
+// No axis shows more ticks than this. Tick counts, bounds and biases handed to
+// the picker are held within it at every entry point, so that no count can
+// overflow and every search ends in time proportional to it: a maximum count
+// above it is lowered to it (a minimum above it then leaves nothing to
+// search), a count or bias below -kMaxTickCount is raised to it, and the
+// biased search's upper bias is taken at most as 100, where the search stops
+// widening anyway.
+inline constexpr int kMaxTickCount = 1000;
+
 // How calculateMinorTickMarkPos lays minor ticks between the major ones.
 struct TickGeometryDescriptor {
   // Linear: an even subdivision of every major step. Logarithmic: 2..9 times

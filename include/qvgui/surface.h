@@ -93,6 +93,13 @@ class QVGUI_API ContourEngine {
   // Borrows the three arrays; the caller keeps them alive while tracing.
   void setXYZPtrsAndZMinMax(const double* x, const double* y, const double* z, double zmin,
                             double zmax) noexcept;
+  // The same with the arrays' lengths, checked against the grid: x needs
+  // `columns` values, y `rows` and z rows * columns (longer arrays are fine,
+  // their tails unused; an empty grid needs none). A shorter or null array
+  // raises the host error Tavrix::gui::surface::ContourArraySizeMismatch
+  // naming it, and the engine keeps the arrays it had.
+  void setXYZAndZMinMax(const double* x, std::size_t xCount, const double* y, std::size_t yCount,
+                        const double* z, std::size_t zCount, double zmin, double zmax);
   // A zeroed workspace of that many points (negative counts as 0); it doubles
   // whenever a line fills it.
   void allocWorkSpace(int points);

@@ -485,8 +485,9 @@ inline constexpr int kHandleDirectoryLimit = 4194303;
 QVGUI_API HandleTable_tag* newHandleTable();
 QVGUI_API void destroyHandleTable(HandleTable_tag* table);
 QVGUI_API void* handle2pointer_in_table(HandleTable_tag* table, double h);
-// Binds object at h; false for a malformed h. A whole-number h is bound in the
-// integer table and still answers false (the binding is made).
+// Binds object at h; false for a malformed h, a fraction that is not a whole
+// multiple of 1/8192 included. A whole-number h is bound in the integer table
+// and still answers false (the binding is made).
 QVGUI_API bool bind_handle_in_table(HandleTable_tag* table, double h, void* object);
 // Frees the slot that h names; a stale or unknown h is ignored.
 QVGUI_API void destroy_handle_in_table(HandleTable_tag* table, double h);
