@@ -231,7 +231,8 @@ struct BilinearSpan {
 void FillInterpPoly(const Polygon2* poly, const double* values, const qvrect* bounds, unsigned char* pixmap,
                     unsigned char* mask) {
   if (bounds == nullptr || pixmap == nullptr || mask == nullptr) return;
-  scanConvert<1>(poly, values, IndexSpan{*bounds, pixmapStride(*bounds), boxWidth(*bounds), pixmap, mask});
+  scanConvert<1>(poly, values, *bounds,
+                 IndexSpan{*bounds, pixmapStride(*bounds), boxWidth(*bounds), pixmap, mask});
 }
 
 void FillInterpPolyRGB(const Polygon2* poly, const double* rgb, const qvrect* bounds, std::uint32_t* pixels,
@@ -244,7 +245,7 @@ void FillInterpPolyRGB(const Polygon2* poly, const double* rgb, const qvrect* bo
   const std::int32_t n = poly->count;
   ScratchArray<double, 48> scaled(3 * n);
   for (std::int32_t i = 0; i < 3 * n; ++i) scaled[i] = channelToValue(rgb[i]);
-  scanConvert<3>(poly, scaled.data(), TrueColorSpan{*bounds, boxWidth(*bounds), pixels, mask});
+  scanConvert<3>(poly, scaled.data(), *bounds, TrueColorSpan{*bounds, boxWidth(*bounds), pixels, mask});
 }
 
 void FillBilinearPoly(const Polygon2* poly, const double* corners, const qvrect* bounds,
@@ -270,5 +271,5 @@ void FillBilinearPoly(const Polygon2* poly, const double* corners, const qvrect*
   if (used != 4) return;
   const Polygon2 ring{quad, 4};
   const IndexSpan target{*bounds, pixmapStride(*bounds), boxWidth(*bounds), pixmap, mask};
-  scanConvert<2>(&ring, st, BilinearSpan{target, corners[0], corners[1], corners[2], corners[3]});
+  scanConvert<2>(&ring, st, *bounds, BilinearSpan{target, corners[0], corners[1], corners[2], corners[3]});
 }

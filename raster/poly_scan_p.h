@@ -84,9 +84,12 @@ struct FillEdge {
 // Scan-converts the polygon, calling span(Y, xl, vl, xr, vr) for every
 // even-odd span of row Y with the N channel values at its ends (xl <= xr).
 // `values` holds N doubles per vertex. Vertices with a missing coordinate are
-// dropped and the ring closes over the others.
+// dropped and the ring closes over the others. Spans are cut to the box
+// (inclusive edges), with their end values moved to the cut, so a vertex
+// beyond 16-bit device coordinates cannot write outside the pixmap that
+// AllocatePolygonPixmap sized for the polygon.
 template <int N, class Span>
-void scanConvert(const Polygon2* poly, const double* values, Span&& span) {
+void scanConvert(const Polygon2* poly, const double* values, const qvrect& box, Span&& span) {
   if (poly == nullptr || poly->points == nullptr || poly->count <= 0 || values == nullptr) return;
   const std::int32_t n = poly->count;
   const qvpoint32* pts = poly->points;
@@ -159,12 +162,29 @@ void scanConvert(const Polygon2* poly, const double* values, Span&& span) {
         left = e;
         continue;
       }
+      const FillEdge<N>* l = left;
+      left = nullptr;
+      std::int32_t xl = l->x;
+      std::int32_t xr = e->x;
+      if (Y < box.top || Y > box.bottom || xr < box.left || xl > box.right) continue;
       for (int k = 0; k < N; ++k) {
-        vl[k] = left->valueAt(k, Y);
+        vl[k] = l->valueAt(k, Y);
         vr[k] = e->valueAt(k, Y);
       }
-      span(Y, left->x, vl, e->x, vr);
-      left = nullptr;
+      if (xl < box.left || xr > box.right) {
+        const double len = static_cast<double>(xr) - xl;
+        const std::int32_t cl = xl < box.left ? box.left : xl;
+        const std::int32_t cr = xr > box.right ? box.right : xr;
+        for (int k = 0; k < N; ++k) {
+          const double step = (vr[k] - vl[k]) / len;
+          const double at = vl[k];
+          vl[k] = at + step * (static_cast<double>(cl) - xl);
+          vr[k] = at + step * (static_cast<double>(cr) - xl);
+        }
+        xl = cl;
+        xr = cr;
+      }
+      span(Y, xl, vl, xr, vr);
     }
     std::int32_t kept = 0;
     for (std::int32_t i = 0; i < na; ++i) {

@@ -183,6 +183,19 @@ TEST(RasterFill, AllocatePolygonPixmapBoxAndBuffers) {
   }
 }
 
+// A vertex past 16-bit device coordinates wraps the box; the fill must stay
+// inside the buffers that box sized (ASan checks the bounds).
+TEST(RasterFill, VerticesBeyondDeviceCoordinatesStayInTheBox) {
+  Poly poly{{{2, 3}, {100000, 40}, {5, 70000}}};
+  Polygon2 v = poly.view();
+  Pixmap pm(v);
+  const double values[3] = {0.0, 128.0, 255.0};
+  FillInterpPoly(&v, values, &pm.box, pm.pix, pm.mask);
+  int covered = 0;
+  for (std::int32_t i = 0; i < pm.width() * pm.height(); ++i) covered += pm.mask[i];
+  EXPECT_GT(covered, 0);
+}
+
 TEST(RasterFill, AllocationFailureLeavesOutputsAlone) {
   Poly tri{{{0, 0}, {50, 0}, {0, 50}}};
   for (int budget : {0, 1}) {
