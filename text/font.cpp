@@ -2,6 +2,7 @@
 // flat functions that forward to the record's operations.
 #include <strings.h>
 
+#include <climits>
 #include <cstring>
 #include <new>
 
@@ -143,7 +144,11 @@ void zrFont::setUnits(UnitTypes units) {
 
 int zrFont::getPointSize() {
   update();
-  return static_cast<int>(convertSize(size_, units_, UNITS_POINTS) + 0.5);
+  // A proxy may answer any double; saturate rather than convert out of range.
+  const double points = convertSize(size_, units_, UNITS_POINTS) + 0.5;
+  if (!(points > static_cast<double>(INT_MIN))) return points < 0 ? INT_MIN : 0;
+  if (points >= static_cast<double>(INT_MAX)) return INT_MAX;
+  return static_cast<int>(points);
 }
 
 double zrFont::getPointSizeForJava() {
