@@ -103,17 +103,19 @@ std::vector<double> niceLevels(const std::vector<double>& z, int count) {
   double a = lo;
   double b = hi;
   count = std::clamp(count, 2, 64);
-  const int n = gui_objects::tickpicker::calculateLinearTicks(&a, &b, std::max(2, count - 2), count + 2,
+  const int n = gui_objects::tickpicker::calculateLinearTicks(&a, &b, std::max(2, count / 2), count + 2,
                                                               gui_objects::tickpicker::kInside);
   std::vector<double> levels;
   if (n < 2) {
-    for (int k = 0; k <= count; ++k) levels.push_back(lo + (hi - lo) * k / count);
+    for (int k = 0; k <= count; ++k) levels.push_back(k == count ? hi : lo + (hi - lo) * k / count);
     return levels;
   }
   for (int k = 0; k < n; ++k) {
-    double t = a + (b - a) * k / (n - 1);
+    double t = k == n - 1 ? b : a + (b - a) * k / (n - 1);
     if (std::fabs(t) < 1e-12 * (b - a)) t = 0;
-    levels.push_back(t);
+    // Rounding must not push a level past the data: the engine traces nothing
+    // outside [zmin, zmax].
+    levels.push_back(std::clamp(t, lo, hi));
   }
   return levels;
 }

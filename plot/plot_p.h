@@ -12,6 +12,8 @@
 #include "qvgui/dataspace.h"
 #include "qvgui/plot.h"
 
+// The few internals below marked QVGUI_PLOT_API are exported for the tests
+// only; they are not part of the figure layer's interface.
 namespace qvgui::plot::detail {
 
 using gui_objects::tickpicker::AxisType;
@@ -87,7 +89,8 @@ void settleAxis(AxesDescriptor& desc, AxisType a, const gui_objects::DataExtents
                 double labelSpacingPx);
 // Tick label text: shortest of %g forms that tells neighbouring ticks apart;
 // powers of ten on logarithmic axes as 10^{n}.
-[[nodiscard]] std::vector<std::string> tickLabels(const std::vector<double>& ticks, Scale scale);
+[[nodiscard]] QVGUI_PLOT_API std::vector<std::string> tickLabels(const std::vector<double>& ticks,
+                                                                 Scale scale);
 
 // ---- Children -------------------------------------------------------------------
 
@@ -123,7 +126,7 @@ struct TextRun {
 };
 // Splits a label into runs; plain text stays one run. Unknown control words
 // are kept as written.
-[[nodiscard]] std::vector<TextRun> layoutTex(const std::string& text);
+[[nodiscard]] QVGUI_PLOT_API std::vector<TextRun> layoutTex(const std::string& text);
 
 // ---- Contours --------------------------------------------------------------------
 
@@ -132,13 +135,14 @@ struct IsoLine {
   double level = 0;
   std::vector<Pt> points;
 };
-[[nodiscard]] std::vector<IsoLine> traceContours(const GridData& g, const std::vector<double>& levels);
+[[nodiscard]] QVGUI_PLOT_API std::vector<IsoLine> traceContours(const GridData& g,
+                                                                const std::vector<double>& levels);
 // The part of a convex polygon (with a value at each vertex) where lo <= v < hi,
 // vertices on the cut interpolated linearly; empty when nothing remains.
-[[nodiscard]] std::vector<Pt> clipToBand(const std::vector<Pt>& poly, const std::vector<double>& v, double lo,
-                                         double hi);
+[[nodiscard]] QVGUI_PLOT_API std::vector<Pt> clipToBand(const std::vector<Pt>& poly,
+                                                        const std::vector<double>& v, double lo, double hi);
 // About `count` nice levels over the grid's finite range.
-[[nodiscard]] std::vector<double> niceLevels(const std::vector<double>& z, int count);
+[[nodiscard]] QVGUI_PLOT_API std::vector<double> niceLevels(const std::vector<double>& z, int count);
 
 }  // namespace qvgui::plot::detail
 

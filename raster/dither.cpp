@@ -115,36 +115,63 @@ Channel channel(double max, std::int32_t shift) {
   return c;
 }
 
+// Whether single-precision arithmetic gives every value of the channel's
+// scale table; it does for the usual channel widths, and then the scaling
+// vectorises.
+bool exactInFloat(const Channel& c) {
+  if (!c.scale) return false;
+  const auto f = static_cast<float>(c.factor);
+  if (!(f < 1.0e6f)) return false;
+  for (std::uint32_t v = 0; v <= c.max; ++v) {
+    if (static_cast<std::int32_t>(static_cast<float>(static_cast<std::int32_t>(v)) * f) != c.scale[v])
+      return false;
+  }
+  return true;
+}
+
 std::int32_t channelValue(std::uint32_t pixel, const Channel& c) {
   const std::uint32_t v = (pixel >> c.shift) & c.max;
   return c.scale ? c.scale[v] : saturate(v * c.factor);
 }
 
-// 8-bit planar components, less 256, of n colours at the given planar array.
+// A table's colours: 8-bit planar integers for the inverse map, and the
+// same less 256 for the diffusion loop.
 struct TableBytes {
   ZrBuffer<std::int32_t> red, green, blue;
+  ZrBuffer<TableColour> colours;
   std::size_t n;
 };
 
 TableBytes tableBytes(const double* planar, std::size_t n) {
-  TableBytes t{zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n), n};
+  TableBytes t{zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n),
+               zrBuffer<TableColour>(n), n};
   for (std::size_t i = 0; i < n; ++i) {
     t.red[i] = tableByte(planar[i]);
     t.green[i] = tableByte(planar[n + i]);
     t.blue[i] = tableByte(planar[2 * n + i]);
+    t.colours[i] = {t.red[i] - 256, t.green[i] - 256, t.blue[i] - 256, 0};
   }
+  // The inverse map answers colour 0 even for an empty table.
+  if (n == 0) t.colours[0] = {-256, -256, -256, 0};
   return t;
 }
 
-void lessBy256(TableBytes& t) {
-  for (std::size_t i = 0; i < t.n; ++i) {
-    t.red[i] -= 256;
-    t.green[i] -= 256;
-    t.blue[i] -= 256;
-  }
-  if (t.n == 0) {
-    // The inverse map answers colour 0 even for an empty table.
-    t.red[0] = t.green[0] = t.blue[0] = -256;
+// Builds the inverse map and runs the diffusion with the narrowest map cells
+// that hold every index.
+template <class Load, class Emit>
+void run(const TableBytes& t, int rows, int columns, Load load, Emit emit) {
+  ZrBuffer<std::int32_t> map = zrBuffer<std::int32_t>(kInverseCells);
+  buildInverseMap(t.red.get(), t.green.get(), t.blue.get(), t.n, map.get());
+  ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
+  buildShares(shares.get());
+  if (rows <= 0 || columns <= 0) return;
+  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(12 * (static_cast<std::size_t>(columns) + 2));
+  if (t.n <= 256) {
+    ZrBuffer<std::uint8_t> small = zrBuffer<std::uint8_t>(kInverseCells);
+    for (int c = 0; c < kInverseCells; ++c) small[c] = static_cast<std::uint8_t>(map[c]);
+    diffuse(rows, columns, small.get(), t.colours.get(), shares.get(), buffer.get(), load, emit);
+  } else {
+    diffuse(rows, columns, map.get(), t.colours.get(), shares.get(), buffer.get(), load, emit);
   }
 }
 
@@ -153,9 +180,7 @@ void lessBy256(TableBytes& t) {
 void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t* pixels, unsigned char* out,
                     const Colortable_tag* table) {
   const std::size_t n = table->combined_length > 0 ? static_cast<std::size_t>(table->combined_length) : 0;
-  TableBytes colours = tableBytes(table->combined_data, n);
-  ZrBuffer<std::int32_t> map = zrBuffer<std::int32_t>(kInverseCells);
-  buildInverseMap(colours.red.get(), colours.green.get(), colours.blue.get(), n, map.get());
+  const TableBytes colours = tableBytes(table->combined_data, n);
 
   _TrueColorPixelInfo_tag info{};
   wm_GetTrueColorPixelInfo(win, &info);
@@ -163,56 +188,85 @@ void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t*
   const Channel green = channel(info.green_max, info.green_shift);
   const Channel blue = channel(info.blue_max, info.blue_shift);
 
-  lessBy256(colours);
-  ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
-  buildShares(shares.get());
-  if (rows <= 0 || columns <= 0) return;
-  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(3 * (static_cast<std::size_t>(columns) + 2));
-
-  const auto cols = static_cast<std::size_t>(columns);
-  const std::size_t last = static_cast<std::size_t>(rows) - 1;
-  const auto load = [&](int y, int x, std::int32_t* v) {
-    const std::uint32_t p = pixels[static_cast<std::size_t>(y) * cols + static_cast<std::size_t>(x)];
-    v[0] = channelValue(p, red);
-    v[1] = channelValue(p, green);
-    v[2] = channelValue(p, blue);
-  };
-  // Output rows go bottom-up: input row 0 is the last output row.
-  const auto emit = [&](int y, int x, std::int32_t index) {
+  const auto cols = static_cast<std::size_t>(columns > 0 ? columns : 0);
+  const std::size_t last = rows > 0 ? static_cast<std::size_t>(rows) - 1 : 0;
+  // Output rows go bottom-up: input row 0 is the last output row. Everything
+  // the lambdas use is copied in, since stores through `out` could otherwise
+  // alias it and force reloads in the loop.
+  const auto emit = [out, cols, last](int y, int x, std::int32_t index) {
     out[(last - static_cast<std::size_t>(y)) * cols + static_cast<std::size_t>(x)] =
         static_cast<unsigned char>(index);
   };
-  diffuse(rows, columns, map.get(), colours.red.get(), colours.green.get(), colours.blue.get(), shares.get(),
-          buffer.get(), load, emit);
+  if (red.scale && green.scale && blue.scale) {
+    const std::int32_t* const sr = red.scale.get();
+    const std::int32_t* const sg = green.scale.get();
+    const std::int32_t* const sb = blue.scale.get();
+    const std::uint32_t mr = red.max, mg = green.max, mb = blue.max;
+    const std::int32_t hr = red.shift, hg = green.shift, hb = blue.shift;
+    if (exactInFloat(red) && exactInFloat(green) && exactInFloat(blue)) {
+      // The same values as the scale tables, four pixels at a time.
+      const float fr = static_cast<float>(red.factor), fg = static_cast<float>(green.factor),
+                  fb = static_cast<float>(blue.factor);
+      const auto load = [=](int y, std::int32_t* in) {
+        const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
+        std::int32_t* const inG = in + cols;
+        std::int32_t* const inB = in + 2 * cols;
+        for (std::size_t x = 0; x < cols; ++x) {
+          const std::uint32_t p = row[x];
+          in[x] =
+              static_cast<std::int32_t>(static_cast<float>(static_cast<std::int32_t>((p >> hr) & mr)) * fr);
+          inG[x] =
+              static_cast<std::int32_t>(static_cast<float>(static_cast<std::int32_t>((p >> hg) & mg)) * fg);
+          inB[x] =
+              static_cast<std::int32_t>(static_cast<float>(static_cast<std::int32_t>((p >> hb) & mb)) * fb);
+        }
+      };
+      run(colours, rows, columns, load, emit);
+      return;
+    }
+    const auto load = [=](int y, std::int32_t* in) {
+      const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
+      for (std::size_t x = 0; x < cols; ++x) {
+        const std::uint32_t p = row[x];
+        in[x] = sr[(p >> hr) & mr];
+        in[cols + x] = sg[(p >> hg) & mg];
+        in[2 * cols + x] = sb[(p >> hb) & mb];
+      }
+    };
+    run(colours, rows, columns, load, emit);
+  } else {
+    // Channels too wide for a scale table (never seen from a real display).
+    const auto load = [&](int y, std::int32_t* in) {
+      const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
+      for (std::size_t x = 0; x < cols; ++x) {
+        in[x] = channelValue(row[x], red);
+        in[cols + x] = channelValue(row[x], green);
+        in[2 * cols + x] = channelValue(row[x], blue);
+      }
+    };
+    run(colours, rows, columns, load, emit);
+  }
 }
 
 void DitherPixMap(unsigned char* pixels, int width, int height, const Colortable_tag* table) {
   const std::size_t n = table->fixed_length > 0 ? static_cast<std::size_t>(table->fixed_length) : 0;
   if (n == 0 || width <= 0 || height <= 0) return;
-  TableBytes colours = tableBytes(table->fixed_data, n);
-  ZrBuffer<std::int32_t> map = zrBuffer<std::int32_t>(kInverseCells);
-  buildInverseMap(colours.red.get(), colours.green.get(), colours.blue.get(), n, map.get());
-  lessBy256(colours);
-  ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
-  buildShares(shares.get());
-  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(3 * (static_cast<std::size_t>(width) + 2));
-
+  const TableBytes colours = tableBytes(table->fixed_data, n);
   const auto w = static_cast<std::size_t>(width);
-  const auto at = [&](int y, int x) {
-    return pixels + 4 * (static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x));
+  const TableColour* const c = colours.colours.get();
+  const auto load = [pixels, w](int y, std::int32_t* in) {
+    const unsigned char* p = pixels + 4 * static_cast<std::size_t>(y) * w;
+    for (std::size_t x = 0; x < w; ++x) {
+      in[x] = p[4 * x];
+      in[w + x] = p[4 * x + 1];
+      in[2 * w + x] = p[4 * x + 2];
+    }
   };
-  const auto load = [&](int y, int x, std::int32_t* v) {
-    const unsigned char* p = at(y, x);
-    v[0] = p[0];
-    v[1] = p[1];
-    v[2] = p[2];
+  const auto emit = [pixels, w, c](int y, int x, std::int32_t index) {
+    unsigned char* p = pixels + 4 * (static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x));
+    p[0] = static_cast<unsigned char>(c[index].red + 256);
+    p[1] = static_cast<unsigned char>(c[index].green + 256);
+    p[2] = static_cast<unsigned char>(c[index].blue + 256);
   };
-  const auto emit = [&](int y, int x, std::int32_t index) {
-    unsigned char* p = at(y, x);
-    p[0] = static_cast<unsigned char>(colours.red[static_cast<std::size_t>(index)] + 256);
-    p[1] = static_cast<unsigned char>(colours.green[static_cast<std::size_t>(index)] + 256);
-    p[2] = static_cast<unsigned char>(colours.blue[static_cast<std::size_t>(index)] + 256);
-  };
-  diffuse(height, width, map.get(), colours.red.get(), colours.green.get(), colours.blue.get(), shares.get(),
-          buffer.get(), load, emit);
+  run(colours, height, width, load, emit);
 }

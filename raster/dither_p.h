@@ -39,52 +39,98 @@ struct Shares {
 };
 void buildShares(Shares* table);  // 512 entries
 
-// Walks rows top to bottom and each row left to right. load(y, x, rgb) gives
-// a pixel's incoming channel values (any int; clamped here), emit(y, x, index)
-// takes its colour index. Table components are stored minus 256 so that the
-// difference is already an index into the share table; buffer holds
-// 3 * (columns + 2) ints. The loop itself has no multiplications or divisions.
-template <class Load, class Emit>
-void diffuse(int rows, int columns, const std::int32_t* map, const std::int32_t* redLess256,
-             const std::int32_t* greenLess256, const std::int32_t* blueLess256, const Shares* shares,
-             std::int32_t* buffer, Load load, Emit emit) {
-  // buffer[3 * (x + 1) + ch]: the error carried into pixel x of the current
-  // row from the row above. While pixel x is done, entries left of x already
-  // hold the next row's errors; the write to x - 1 trails the read of x.
-  std::int32_t* const row = buffer + 3;
-  for (int ch = 0; ch < 3 * (columns + 2); ++ch) buffer[ch] = 0;
-  for (int y = 0; y < rows; ++y) {
-    std::int32_t carry[3] = {0, 0, 0};    // 7/16 share for pixel x
-    std::int32_t pending[3] = {0, 0, 0};  // next row at x - 1, still missing x's 3/16
-    std::int32_t fresh[3] = {0, 0, 0};    // next row at x, so far x - 1's 1/16
-    for (int x = 0; x < columns; ++x) {
-      std::int32_t v[3];
-      load(y, x, v);
-      std::int32_t* const cell = row + 3 * x;
-      for (int ch = 0; ch < 3; ++ch) {
-        std::int32_t w = v[ch] + cell[ch] + carry[ch];
-        w = w < 0 ? 0 : (w > 255 ? 255 : w);
-        v[ch] = w;
-      }
-      const std::int32_t index = map[((v[0] >> 3) << 10) | ((v[1] >> 3) << 5) | (v[2] >> 3)];
-      emit(y, x, index);
-      const Shares& sr = shares[v[0] - redLess256[index]];
-      const Shares& sg = shares[v[1] - greenLess256[index]];
-      const Shares& sb = shares[v[2] - blueLess256[index]];
-      const Shares* s[3] = {&sr, &sg, &sb};
-      for (int ch = 0; ch < 3; ++ch) {
-        carry[ch] = s[ch]->right;
-        // x - 1 = -1 writes the guard cell, never read as a pixel.
-        cell[ch - 3] = pending[ch] + s[ch]->belowLeft;
-        pending[ch] = fresh[ch] + s[ch]->below;
-        fresh[ch] = s[ch]->belowRight;
-      }
+// A table colour in 8-bit units less 256, so that a working value minus it
+// is already the error's index into the share table.
+struct TableColour {
+  std::int32_t red, green, blue, unused;
+};
+
+// Pixel x of a row: its incoming channel values are in[x], in[plane + x] and
+// in[2 plane + x], the error
+// carried from the row above at from[3x..], and carry holds the 7/16 shares
+// from the pixel before. The next row's errors are accumulated in place at
+// into[x - 1] and into[x] and started at into[x + 1]; into[-1] and into[columns]
+// are guard cells, never read as pixels. No multiplications or divisions.
+template <class MapEntry>
+inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* in, std::size_t plane,
+                                const std::int32_t* from, std::int32_t* into, const MapEntry* map,
+                                const TableColour* colours, const Shares* shares) {
+  std::int32_t w[3];
+  for (int ch = 0; ch < 3; ++ch) {
+    const std::int32_t a = in[ch * plane + static_cast<std::size_t>(x)] + from[3 * x + ch] + carry[ch];
+    w[ch] = a < 0 ? 0 : (a > 255 ? 255 : a);
+  }
+  const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
+  const TableColour& c = colours[index];
+  // Unsigned, so the index needs no sign extension: it lies in 1..511.
+  const auto at = [shares](std::int32_t v, std::int32_t less256) {
+    return &shares[static_cast<std::uint32_t>(v) - static_cast<std::uint32_t>(less256)];
+  };
+  const Shares* const sh[3] = {at(w[0], c.red), at(w[1], c.green), at(w[2], c.blue)};
+  std::int32_t* const below = into + 3 * x;
+  for (int ch = 0; ch < 3; ++ch) {
+    carry[ch] = sh[ch]->right;
+    below[ch - 3] += sh[ch]->belowLeft;
+    below[ch] += sh[ch]->below;
+    below[ch + 3] = sh[ch]->belowRight;
+  }
+  return index;
+}
+
+// Walks rows top to bottom and each row left to right. prepare(y, in) fills
+// in[x], in[columns + x] and in[2 columns + x] with row y's incoming red,
+// green and blue values (any int; clamped when
+// used), emit(y, x, index) takes each pixel's colour index. map holds the
+// inverse colour map (bytes while the table has at most 256 colours, so that
+// it stays in the first-level cache); buffers holds 12 * (columns + 2) ints.
+//
+// One pixel's choice waits on the error of the pixel before it, through three
+// table loads; that chain, not arithmetic, sets the speed. So rows go in pairs,
+// the second kLag pixels behind the first: pixel x of row y + 1 needs only
+// pixels up to x + 1 of row y, and with some slack between them the two
+// chains overlap instead of waiting on each other. The errors and their
+// order of addition are exactly those of a row-by-row walk.
+inline constexpr int kLag = 8;
+
+template <class MapEntry, class Prepare, class Emit>
+void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colours, const Shares* shares,
+             std::int32_t* buffers, Prepare prepare, Emit emit) {
+  const std::size_t stride = 3 * (static_cast<std::size_t>(columns) + 2);
+  const auto plane = static_cast<std::size_t>(columns);
+  for (std::size_t k = 0; k < 2 * stride; ++k) buffers[k] = 0;
+  // a: errors into the even row of a pair (and out of its odd row);
+  // b: errors from the even row into the odd row. Offset past the guard cell.
+  std::int32_t* const a = buffers + 3;
+  std::int32_t* const b = buffers + stride + 3;
+  std::int32_t* const inEven = buffers + 2 * stride;
+  std::int32_t* const inOdd = buffers + 3 * stride;
+  int y = 0;
+  for (; y + 1 < rows; y += 2) {
+    prepare(y, inEven);
+    prepare(y + 1, inOdd);
+    std::int32_t even[3] = {0, 0, 0}, odd[3] = {0, 0, 0};
+    // A row's first pixel adds into cells -1 and 0 of the next row's errors,
+    // which still hold what the row before read: start them at zero.
+    for (int k = -3; k < 3; ++k) b[k] = 0;
+    const int lead = columns < kLag ? columns : kLag;
+    for (int x = 0; x < lead; ++x)
+      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
+    // The even row has read a[0] and a[1]; the odd row's errors go there now.
+    for (int k = -3; k < 3; ++k) a[k] = 0;
+    for (int x = kLag; x < columns; ++x) {
+      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
+      emit(y + 1, x - kLag, ditherPixel(odd, x - kLag, inOdd, plane, b, a, map, colours, shares));
     }
-    // The right-most pixel's 1/16 (in fresh) and 7/16 (in carry) fall off the edge.
-    if (columns > 0) {
-      for (int ch = 0; ch < 3; ++ch) row[3 * (columns - 1) + ch] = pending[ch];
+    for (int x = columns - lead; x < columns; ++x) {
+      emit(y + 1, x, ditherPixel(odd, x, inOdd, plane, b, a, map, colours, shares));
     }
-    // After the last row the buffer is simply dropped: no error leaves the image.
+  }
+  if (y < rows) {
+    // The last row's errors go nowhere: b is scratch from here on.
+    prepare(y, inEven);
+    std::int32_t last[3] = {0, 0, 0};
+    for (int x = 0; x < columns; ++x)
+      emit(y, x, ditherPixel(last, x, inEven, plane, a, b, map, colours, shares));
   }
 }
 

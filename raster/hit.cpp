@@ -98,12 +98,20 @@ bool inDiagonalCross(qvpoint32 pt, qvpoint32 c, std::int32_t half, int linewidth
   return geoPtInPolygon(pt, linewidth, &cross);
 }
 
+// The window's pixels per point; a window without a table or without the
+// slot installed answers for the screen rather than crashing.
+double pixelsPerPoint(WinRec_tag* win) {
+  const winMethods_tag* methods = gwr_winMethods(win);
+  if (methods == nullptr || methods->PixelsPerPoint == nullptr) return ws_GetScreenPixelsPerPoint();
+  return wm_PixelsPerPoint(win);
+}
+
 }  // namespace
 
 bool geoIsPtInMarkerTerritory(WinRec_tag* win, qvpoint32 pt, int code, std::int16_t size, int linewidth,
                               qvpoint32 centre) {
   if (code < 0 || code > 12) return false;
-  const std::int32_t m = low16(truncToInt32(wm_PixelsPerPoint(win) * size));
+  const std::int32_t m = low16(truncToInt32(pixelsPerPoint(win) * size));
   const std::int32_t half = m / 2;
   const std::int64_t reach = std::int64_t{half} + linewidth;
   if (std::abs(std::int64_t{pt.x} - centre.x) > reach || std::abs(std::int64_t{pt.y} - centre.y) > reach) {

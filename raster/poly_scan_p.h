@@ -16,6 +16,7 @@ namespace qvgui_raster {
 template <class T, int Inline>
 class ScratchArray {
  public:
+  // cppcheck-suppress uninitMemberVar ; scratch: every element is written before it is read
   explicit ScratchArray(std::int32_t n)
       : data_(n <= Inline ? inline_ : (heap_.reset(new T[n]), heap_.get())) {}
   T& operator[](std::int32_t i) noexcept { return data_[i]; }

@@ -13,7 +13,7 @@ fuzz_seconds=${QVGUI_FUZZ_SECONDS:-5}
 echo "== Static analysis (cppcheck) =="
 cppcheck --quiet --std=c++17 --language=c++ --enable=warning,performance,portability --inline-suppr \
   --error-exitcode=1 -j"$jobs" -I include -I . --suppress=missingIncludeSystem \
-  geometry clipping dataspace bridge surface raster lighting window host tools
+  geometry clipping dataspace bridge surface raster lighting window text host tools
 
 echo "== Warnings-as-errors build =="
 cmake -S . -B build/werror -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVGUI_WERROR=ON
@@ -38,7 +38,7 @@ if command -v clang++ >/dev/null && [ -x scripts/run-fuzzers.sh ]; then
   echo "== Fuzzers (${fuzz_seconds} s each) =="
   cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
     -DQVGUI_BUILD_FUZZ=ON -DQVGUI_BUILD_TESTS=OFF -DQVGUI_BUILD_BENCH=OFF -DQVGUI_BUILD_TOOLS=OFF \
-    -DQVGUI_SANITIZE=ON -DQVGUI_SUBSYSTEMS="geometry;bridge"
+    -DQVGUI_SANITIZE=ON -DQVGUI_SUBSYSTEMS="geometry;bridge;dataspace;window;raster"
   cmake --build build/fuzz -j"$jobs"
   scripts/run-fuzzers.sh build/fuzz "$fuzz_seconds"
 fi

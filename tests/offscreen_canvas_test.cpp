@@ -141,24 +141,7 @@ TEST(OffscreenCanvas, PngRoundTrip) {
   EXPECT_THROW((void)qvgui::offscreen::readPng(tempPath("missing.png")), std::runtime_error);
 }
 
-// A vector document is finished by the first save; a second save writes the
-// same bytes and drawing in between changes nothing.
-TEST(OffscreenCanvas, VectorSaveIsFinal) {
-  Canvas canvas(Format::Svg, 50, 50, 72.0);
-  const std::string p1 = tempPath("1.svg"), p2 = tempPath("2.svg");
-  canvas.save(p1);
-  const qvrect r{0, 0, 10, 10};
-  wm_PaintRect(canvas.window(), &r);
-  canvas.save(p2);
-  EXPECT_EQ(readFile(p1), readFile(p2));
-  std::remove(p1.c_str());
-  std::remove(p2.c_str());
-  EXPECT_THROW((void)canvas.pixel(0, 0), std::logic_error);
-}
-
 TEST(OffscreenCanvas, ErrorsNameWhatWentWrong) {
-  Canvas png(Format::Png, 10, 10, 72.0);
-  EXPECT_THROW(png.save("/nonexistent-dir/x.png"), std::runtime_error);
   Canvas pdf(Format::Pdf, 10, 10, 72.0);
   try {
     pdf.save("/nonexistent-dir/x.pdf");
@@ -166,9 +149,10 @@ TEST(OffscreenCanvas, ErrorsNameWhatWentWrong) {
   } catch (const std::runtime_error& e) {
     EXPECT_NE(std::string(e.what()).find("/nonexistent-dir/x.pdf"), std::string::npos);
   }
+  Canvas png(Format::Png, 10, 10, 72.0);
+  EXPECT_THROW(png.save("/nonexistent-dir/x.png"), std::runtime_error);
   EXPECT_THROW((void)png.pixel(10, 0), std::out_of_range);
-  EXPECT_THROW((void)png.pixel(0, -1), std::out_of_range);
-  EXPECT_EQ(png.pixel(9, 9), (qvgui::offscreen::Pixel{255, 255, 255, 255}));
+  EXPECT_THROW((void)pdf.pixel(0, 0), std::logic_error);
 }
 
 }  // namespace

@@ -115,20 +115,6 @@ TEST(OffscreenShading, FacesFarOutsideTheImageShowTheSame) {
   EXPECT_GT(compared, 0);
 }
 
-// Edges: the outline's pixels carry the colours of their ends.
-TEST(OffscreenShading, InterpolatedEdgesCarryTheEndColours) {
-  Canvas canvas(Format::Png, 40, 20, 72.0);
-  Poly line({5, 10, 30, 10});
-  std::vector<double> rgbs{1, 0, 0, 0, 0, 1};
-  wm_DrawInterpPoly(canvas.window(), line.get(), rgbs.data(), nullptr);
-  EXPECT_EQ(canvas.image()[10 * 40 + 5], 0xffff0000u);
-  EXPECT_EQ(canvas.image()[10 * 40 + 30], 0xff0000ffu);
-  const std::uint32_t mid = canvas.image()[10 * 40 + 17];
-  EXPECT_NEAR(double((mid >> 16) & 0xff), 127.0, 12.0);
-  EXPECT_NEAR(double(mid & 0xff), 127.0, 12.0);
-  EXPECT_EQ(canvas.image()[9 * 40 + 17], kWhite);
-}
-
 // Vector faces stay vector: a PDF gets a shading, an SVG a flat fill; neither
 // embeds an image.
 TEST(OffscreenShading, VectorFacesStayVector) {
@@ -197,19 +183,6 @@ TEST(OffscreenShading, ColourTableModeDithersToTheTable) {
   const qvrect dot{20, 20, 22, 22};
   wm_PaintRect(win, &dot);
   EXPECT_EQ(canvas.image()[20 * 64 + 20], 0xff0000ffu);
-}
-
-// Interpolated faces in colour-table mode take one table index per vertex.
-TEST(OffscreenShading, IndexedFacesUseTheTable) {
-  Table table;
-  Canvas canvas(Format::Png, 32, 32, 72.0);
-  WinRec_tag* win = canvas.window();
-  wm_SetVisual(win, VISUAL_PSEUDOCOLOR);
-  Poly square({4, 4, 28, 4, 28, 28, 4, 28});
-  std::vector<double> indices{3, 3, 3, 3};
-  wm_FillInterpPoly(win, square.get(), indices.data(), table.t);
-  EXPECT_EQ(canvas.pixel(16, 16), (qvgui::offscreen::Pixel{0, 0, 255, 255}));
-  EXPECT_EQ(canvas.pixel(2, 2), (qvgui::offscreen::Pixel{255, 255, 255, 255}));
 }
 
 }  // namespace

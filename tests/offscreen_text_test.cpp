@@ -199,21 +199,4 @@ TEST(OffscreenText, EveryFaceDraws) {
       }
 }
 
-// Measures answer for the canvas's resolution.
-TEST(OffscreenText, MeasuresFollowTheDpi) {
-  for (double dpi : {72.0, 150.0, 300.0}) {
-    SCOPED_TRACE(dpi);
-    Canvas canvas(Format::Png, 10, 10, dpi);
-    WinRec_tag* win = canvas.window();
-    setFont(win, "Times", 10.0);
-    const int index = gui_objects::font::afmIndexFor("Times", 1, 0);
-    EXPECT_EQ(wm_StringHeight(win), guiStringHeightDPI(index, 10.0, dpi));
-    EXPECT_EQ(wm_StringDescent(win), guiStringDescentDPI(index, 10.0, dpi));
-    qvrect r{};
-    wm_GetTextExtent(win, "Label", &r);
-    EXPECT_EQ(r.right - r.left, guiStringWidthDPI("Label", 1, index, 10.0, dpi));
-    EXPECT_EQ(r.bottom - r.top, wm_StringHeight(win));
-  }
-}
-
 }  // namespace

@@ -91,28 +91,6 @@ std::vector<char> referenceFill(const std::vector<qvpoint32>& ring, const qvrect
   return in;
 }
 
-// Whether an edge passes within one pixel (in both x and y) of (x, y).
-bool nearAnEdge(const std::vector<qvpoint32>& ring, int x, int y) {
-  for (std::size_t i = 0; i < ring.size(); ++i) {
-    const qvpoint32 a = ring[i], b = ring[(i + 1) % ring.size()];
-    double t0 = 0.0, t1 = 1.0;  // clip the segment to the square
-    const double p[4] = {-(b.x - a.x) * 1.0, (b.x - a.x) * 1.0, -(b.y - a.y) * 1.0, (b.y - a.y) * 1.0};
-    const double q[4] = {a.x - (x - 1.0), (x + 1.0) - a.x, a.y - (y - 1.0), (y + 1.0) - a.y};
-    bool hit = true;
-    for (int k = 0; k < 4 && hit; ++k) {
-      if (p[k] == 0.0) {
-        hit = q[k] >= 0.0;
-      } else if (p[k] < 0.0) {
-        t0 = std::max(t0, q[k] / p[k]);
-      } else {
-        t1 = std::min(t1, q[k] / p[k]);
-      }
-    }
-    if (hit && t0 <= t1) return true;
-  }
-  return false;
-}
-
 TEST(RasterFill, MatchesPixelCentreReferenceAwayFromEdges) {
   std::mt19937 rng(20261123);
   std::uniform_real_distribution<double> value(0.0, 255.0);
@@ -136,8 +114,9 @@ TEST(RasterFill, MatchesPixelCentreReferenceAwayFromEdges) {
         filled += got;
         if (got != want) {
           ++mismatches;
-          ASSERT_TRUE(nearAnEdge(p.pts, x, y)) << "trial " << trial << " pixel " << x << ", " << y << "\n"
-                                               << pm.picture();
+          ASSERT_TRUE(raster_test::nearAnEdge(p.pts, x, y))
+              << "trial " << trial << " pixel " << x << ", " << y << "\n"
+              << pm.picture();
         }
         if (got) {
           ASSERT_GE(pm.value(x, y), std::floor(lo) - 1) << trial;

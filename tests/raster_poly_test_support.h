@@ -2,9 +2,12 @@
 // mask, polygons from coordinate lists, and seeded random polygons.
 #pragma once
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <ostream>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "qvgui/geometry.h"
@@ -71,6 +74,28 @@ inline Poly randomPolygon(std::mt19937& rng, int n, int lo, int hi, bool ordered
         qvpoint32{static_cast<int>(cx + r * k * std::cos(a)), static_cast<int>(cx + r * k * std::sin(a))});
   }
   return p;
+}
+
+// Whether an edge passes within one pixel (in both x and y) of (x, y).
+inline bool nearAnEdge(const std::vector<qvpoint32>& ring, int x, int y) {
+  for (std::size_t i = 0; i < ring.size(); ++i) {
+    const qvpoint32 a = ring[i], b = ring[(i + 1) % ring.size()];
+    double t0 = 0.0, t1 = 1.0;  // clip the segment to the square
+    const double p[4] = {-(b.x - a.x) * 1.0, (b.x - a.x) * 1.0, -(b.y - a.y) * 1.0, (b.y - a.y) * 1.0};
+    const double q[4] = {a.x - (x - 1.0), (x + 1.0) - a.x, a.y - (y - 1.0), (y + 1.0) - a.y};
+    bool hit = true;
+    for (int k = 0; k < 4 && hit; ++k) {
+      if (p[k] == 0.0) {
+        hit = q[k] >= 0.0;
+      } else if (p[k] < 0.0) {
+        t0 = std::max(t0, q[k] / p[k]);
+      } else {
+        t1 = std::min(t1, q[k] / p[k]);
+      }
+    }
+    if (hit && t0 <= t1) return true;
+  }
+  return false;
 }
 
 }  // namespace raster_test

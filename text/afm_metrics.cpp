@@ -37,6 +37,19 @@ std::int64_t widthUnits(const afm::GlyphTable& t, const unsigned char* s, std::s
   return sum;
 }
 
+// As widthUnits up to the terminating NUL, in one pass.
+std::int64_t widthUnitsTerminated(const afm::GlyphTable& t, const unsigned char* s) noexcept {
+  std::int64_t sum = 0;
+  const std::int16_t* kern = t.kern;
+  const unsigned cols = t.kernCols;
+  unsigned row = 0;
+  for (unsigned char c; (c = *s) != 0; ++s) {
+    sum += t.advance[c] + kern[row * cols + t.kernCol[c]];
+    row = t.kernRow[c];
+  }
+  return sum;
+}
+
 // ---- Face recognition ----------------------------------------------------------------
 
 int compareIgnoringCase(const char* a, const char* b, std::size_t n) noexcept {
@@ -172,8 +185,7 @@ const char* guiGetAfmFontName(int index) {
 int guiStringWidthDPI(const char* string, int flag, int index, double size, double dpi) {
   const afm::GlyphTable* t = tableFor(index, flag ? 1 : 0);
   if (!t || !string) return 0;
-  const std::int64_t units =
-      widthUnits(*t, reinterpret_cast<const unsigned char*>(string), std::strlen(string));
+  const std::int64_t units = widthUnitsTerminated(*t, reinterpret_cast<const unsigned char*>(string));
   return scaled(static_cast<double>(units), size, dpi);
 }
 

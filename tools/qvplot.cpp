@@ -241,5 +241,9 @@ int main(int argc, char** argv) {
   } catch (const std::exception& e) {
     std::cerr << "qvplot: " << e.what() << "\n";
     return 1;
+  } catch (...) {
+    // The geometry code throws tag classes without text.
+    std::cerr << "qvplot: the figure could not be drawn\n";
+    return 1;
   }
 }

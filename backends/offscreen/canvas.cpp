@@ -158,6 +158,8 @@ Pixel Canvas::pixel(int x, int y) const {
                static_cast<std::uint8_t>(a)};
 }
 
+void Canvas::setFillAntialias(bool on) noexcept { state_->fillAntialias = on; }
+
 void Canvas::setPngCompression(int level) {
   if (level < 0 || level > 9)
     throw std::invalid_argument("PNG compression level " + std::to_string(level) + " is outside 0 .. 9");

@@ -39,6 +39,7 @@ struct CanvasState {
   std::string document;  // the PDF or SVG bytes as Cairo writes them
   bool finished = false;
   int pngLevel = 3;
+  bool fillAntialias = true;
 
   WinRec_tag* win = nullptr;
   winMethods_tag* methods = nullptr;

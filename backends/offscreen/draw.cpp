@@ -73,7 +73,9 @@ void strokePath(CanvasState& st) {
 
 void fillPath(CanvasState& st, const Rgb& c) {
   setSourceRgb(st, c);
+  if (!st.fillAntialias) cairo_set_antialias(st.cr, CAIRO_ANTIALIAS_NONE);
   cairo_fill(st.cr);
+  if (!st.fillAntialias) cairo_set_antialias(st.cr, CAIRO_ANTIALIAS_DEFAULT);
 }
 
 Rgb rgbOf(const Color_tag* c) { return Rgb{c->red, c->green, c->blue}; }
@@ -256,18 +258,18 @@ void FrameRoundRect(WinRec_tag* win, const qvrect* r, int ow, int oh) {
 
 // ---- Polygons ------------------------------------------------------------------
 
-// Adds the polygon's present vertices as one closed ring; false when fewer
-// than two are left.
-bool polygonPath(cairo_t* cr, const Polygon2* poly) {
+// Adds the polygon's present vertices, moved by `offset`, as one closed ring;
+// false when fewer than two are left.
+bool polygonPath(cairo_t* cr, const Polygon2* poly, double offset) {
   if (!poly || !poly->points) return false;
   int used = 0;
   for (std::int32_t i = 0; i < poly->count; ++i) {
     const std::int32_t x = poly->points[i].x, y = poly->points[i].y;
     if (x == kMissingPoint || y == kMissingPoint) continue;
     if (used++ == 0)
-      cairo_move_to(cr, x + kCentre, y + kCentre);
+      cairo_move_to(cr, x + offset, y + offset);
     else
-      cairo_line_to(cr, x + kCentre, y + kCentre);
+      cairo_line_to(cr, x + offset, y + offset);
   }
   if (used < 2) {
     cairo_new_path(cr);
@@ -279,14 +281,16 @@ bool polygonPath(cairo_t* cr, const Polygon2* poly) {
 
 void PaintPoly(WinRec_tag* win, const Polygon2* poly, int*, Colortable_tag*) {
   CanvasState& st = stateOf(win);
-  if (!polygonPath(st.cr, poly)) return;
+  // Filled vertices sit on pixel corners, like rectangle edges, so a polygon
+  // meets a rectangle or another polygon along a shared edge without a seam.
+  if (!polygonPath(st.cr, poly, 0.0)) return;
   cairo_set_fill_rule(st.cr, CAIRO_FILL_RULE_EVEN_ODD);
   fillPath(st, st.fg);
 }
 
 void DrawPoly(WinRec_tag* win, const Polygon2* poly, int*, Colortable_tag*) {
   CanvasState& st = stateOf(win);
-  if (polygonPath(st.cr, poly)) strokePath(st);
+  if (polygonPath(st.cr, poly, kCentre)) strokePath(st);
 }
 
 // ---- Device queries --------------------------------------------------------------

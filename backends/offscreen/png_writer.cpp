@@ -2,6 +2,7 @@
 // asks for (Cairo's own writer always compresses hard, which costs more than
 // drawing a figure does), and reading back, for comparing with references.
 #include <png.h>
+#include <zlib.h>
 
 #include <cstdio>
 #include <cstring>
@@ -34,9 +35,18 @@ bool writeRows(std::FILE* file, const std::uint32_t* image, int w, int h, bool a
                alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   png_set_compression_level(png, level);
-  // The adaptive filter choice is most of the cost at high levels; at the
-  // fast levels one fixed filter does nearly as well on figures.
-  png_set_filter(png, PNG_FILTER_TYPE_BASE, level <= 3 ? PNG_FILTER_SUB : PNG_ALL_FILTERS);
+  // At the fast levels one fixed filter and run-length matching do nearly as
+  // well on figures (flat areas, gradients along rows and columns) as the
+  // adaptive filter choice, at a fraction of its cost: on the sample figures,
+  // files a seventh to a fifth larger than level 6 for a third to a sixth of
+  // the time. An image that is shaded all over compresses worse this way (up
+  // to twice the size); level 6 and above are for files that travel.
+  if (level <= 3) {
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_UP);
+    png_set_compression_strategy(png, Z_RLE);
+  } else {
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_ALL_FILTERS);
+  }
   png_write_info(png, info);
   const int channels = alpha ? 4 : 3;
   for (int y = 0; y < h; ++y) {

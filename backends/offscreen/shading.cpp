@@ -187,6 +187,7 @@ struct ColouredVertex {
   Rgb c;
 };
 
+// Face vertices sit on pixel corners, as filled polygons do.
 std::vector<ColouredVertex> presentVertices(const CanvasState& st, const Polygon2* poly, const double* values,
                                             const Colortable_tag* table) {
   std::vector<ColouredVertex> out;
@@ -194,7 +195,7 @@ std::vector<ColouredVertex> presentVertices(const CanvasState& st, const Polygon
     const qvpoint32 p = poly->points[i];
     Rgb c;
     if (p.x == kMissingPoint || p.y == kMissingPoint || !vertexColour(st, values, table, i, &c)) continue;
-    out.push_back(ColouredVertex{p.x + kCentre, p.y + kCentre, c});
+    out.push_back(ColouredVertex{double(p.x), double(p.y), c});
   }
   return out;
 }

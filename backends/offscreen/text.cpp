@@ -160,10 +160,10 @@ double startOffset(double advance, TextHorzAlign align) {
 constexpr double kMinPointSize = 0.01;
 constexpr double kMaxPointSize = 10000.0;
 
+// A size in points is taken as it is (the record's rounded point size would
+// overflow for absurd ones); other units go through the record's conversion.
 double pointSizeOf(zrFont* font) {
-  double size = 0.0;
-  if (font->getUnits() == UNITS_POINTS) size = font->getSize();
-  if (!std::isfinite(size) || size <= 0.0) size = font->getPointSize();
+  const double size = font->getUnits() == UNITS_POINTS ? font->getSize() : font->getPointSize();
   if (!(size > 0.0)) return 10.0;
   return std::min(std::max(size, kMinPointSize), kMaxPointSize);
 }

@@ -69,8 +69,13 @@ struct CanvasState;
 //   - a rectangle (qvrect) covers the pixels left .. right - 1 and
 //     top .. bottom - 1; PaintRect, PaintOval and EraseRect fill that area,
 //     FrameRect and FrameOval stroke through the centres of its outer pixels;
-//   - filled polygons use the same vertex positions as lines, so an outline
-//     drawn over its polygon lies on the polygon's edge;
+//   - filled polygons (PaintPoly, and shaded faces on vector canvases) put
+//     their vertices on pixel corners, as rectangle edges are, so fills that
+//     share an edge, or meet a rectangle, tile without a seam; a polygon with
+//     corners (10, 10) and (20, 20) fills the pixels 10 .. 19 like the
+//     rectangle of the same numbers. DrawPoly strokes through the centres, so
+//     a one-pixel outline covers the fill's first row and column and the row
+//     and column just past its last;
 //   - the missing-point marker -32768 in integer geometry and NaN in
 //     PolyLineRP3 break a line; a polygon drops such vertices.
 //
@@ -94,7 +99,8 @@ struct CanvasState;
 // wm_SetTextRotation turns it about the anchor, degrees counter-clockwise.
 // The measuring slots (StringWidth, StringHeight, StringDescent,
 // StringCapHeight, GetTextExtent) answer from the same metrics at the
-// canvas's dpi. Until a font is set, text is Helvetica at 10 points.
+// canvas's dpi. Until a font is set, text is Helvetica at 10 points; sizes
+// are clamped into 0.01 .. 10000 points.
 //
 // Colour modes: true colour by default, the image's 32-bit pixel format
 // (wm_GetTrueColorPixelInfo) 8 bits a channel, red at bit 16, green at 8, blue
@@ -118,7 +124,10 @@ struct CanvasState;
 // vertices' colours. Vector edges are one-pixel strokes with a linear
 // gradient from one end's colour to the other's. wm_WarpTriangle maps
 // a texture of colour-table indices with the rasteriser and lays the result
-// over the surface as an image in every format.
+// over the surface as an image in every format. The rasteriser's buffers
+// follow a face's bounding box, so a face reaching more than 64 pixels
+// outside the image is first cut to a frame that far outside it, with values
+// (and texture coordinates) interpolated at the cuts.
 //
 // Clip regions are unions of rectangles owned by the canvas: a region the
 // caller never destroys is freed with the canvas. IntersectRegions and
@@ -146,9 +155,18 @@ class QVGUI_OFFSCREEN_API Canvas {
   // std::runtime_error naming the path when the file cannot be written.
   void save(const std::string& path);
 
+  // Whether fills (rectangles, ovals, polygons) are anti-aliased; on by
+  // default. Two anti-aliased fills sharing a slanted edge each cover part of
+  // the pixels along it, and the paper shows through the blend as a faint
+  // seam; without anti-aliasing every pixel belongs to exactly one of them,
+  // so fills that tile an area (filled contour bands) leave none. Strokes and
+  // text stay anti-aliased.
+  void setFillAntialias(bool on) noexcept;
+
   // The zlib level of the PNG written by save, 0 (none) to 9 (smallest);
   // anything else throws std::invalid_argument. The default, 3, writes a
-  // figure several times faster than level 6 for a file about a tenth larger.
+  // figure three to six times faster than level 6, for a file a seventh to a
+  // fifth larger.
   void setPngCompression(int level);
 
   // The pixel at (x, y) of a PNG canvas as drawn (before any dithering); throws std::out_of_range outside the

@@ -202,19 +202,24 @@ QVGUI_API void avgRGBColor(const double* indices, int n, const Colortable_tag* t
 // Converts rows x columns 32-bit pixels in the window's true-colour format
 // (wm_GetTrueColorPixelInfo) to one combined-table index per pixel by
 // Floyd-Steinberg error diffusion (rows left to right, no serpentine) against
-// the table's combined colours. out receives rows x columns bytes written
-// bottom-up: input row 0 becomes the last output row. A channel is scaled to
-// 8 bits by 255.5 / (max - 1), so its top value overshoots and clamps to 255.
-// Inputs are not validated; an empty table gives index 0 everywhere.
+// the table's combined colours. Each pixel takes the table colour nearest to
+// the centre of its 5-bit-per-channel cell (the earlier colour on ties).
+// out receives rows x columns bytes written bottom-up: input row 0 becomes
+// the last output row; indices above 255 keep their low byte. A channel is
+// scaled to 8 bits by 255.5 / (max - 1), so its top value overshoots and
+// clamps to 255. Inputs are not validated; an empty table gives index 0
+// everywhere. Buffers come from the host's array allocator (out of memory
+// raises its error; out is then partly written).
 QVGUI_API void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t* pixels,
                               unsigned char* out, const Colortable_tag* table);
 
 // Dithers a pixmap of width x height 4-byte pixels (red, green, blue, then a
 // byte left alone), rows top-down, in place to the table's fixed colours, on
-// the same error-diffusion scheme as dither_wrapper: each pixel becomes the
-// nearest fixed colour in 8-bit units (so fixed_ColorPtr_to_index finds every
-// output colour) and the rest of its error passes to its neighbours. With no
-// fixed colours the pixmap is left as it was.
+// the same error-diffusion scheme as dither_wrapper (without its channel
+// scaling): each pixel becomes the fixed colour nearest its 5-bit cell, in
+// 8-bit units, so fixed_ColorPtr_to_index finds every colour written, and the
+// rest of its error passes to its neighbours. With no fixed colours the
+// pixmap is left as it was.
 QVGUI_API void DitherPixMap(unsigned char* pixels, int width, int height, const Colortable_tag* table);
 
 // A byte grid with a free offset. data holds rows x (columns + 1) bytes (one
@@ -307,13 +312,16 @@ struct tagRenderCData {
 QVGUI_API void AllocatePolygonPixmap(const Polygon2* poly, qvrect* bounds, unsigned char** pixmap,
                                      unsigned char** mask);
 
-// Even-odd fill with one value per vertex, interpolated linearly along the
-// edges and across each row (Gouraud). Every edge covers its rows from its
-// upper end up to but not including its lower end, so the row of a polygon's
-// lowest vertex stays empty and neighbouring faces sharing an edge do not
-// overwrite each other's rows. Edges step in integer Bresenham arithmetic: on
-// each row an edge's x is its first Bresenham pixel of that row. Vertices with
-// a missing coordinate are dropped and the polygon closes over the others.
+// Even-odd fill with one value per vertex (values[i] belongs to points[i]),
+// interpolated linearly along the edges (in double precision) and across each
+// row (in single precision, which a byte result cannot tell apart), as in
+// Gouraud shading. Every edge covers its rows from its upper end up to but not
+// including its lower end, so the row of a polygon's lowest vertex stays empty
+// and faces stacked one above the other do not both draw the row they share.
+// Edges step in integer Bresenham arithmetic: on each row an edge's x is its
+// first Bresenham pixel of that row, and each row's span includes both ends.
+// Vertices with a missing coordinate are dropped and the polygon closes over
+// the others.
 QVGUI_API void FillInterpPoly(const Polygon2* poly, const double* values, const qvrect* bounds,
                               unsigned char* pixmap, unsigned char* mask);
 
@@ -437,7 +445,8 @@ QVGUI_API void geoFindPolyBounds(const Polygon2* poly, int linewidth, qvrect* re
 // Whether a click at pt hits the marker `code` of `size` points (converted
 // with the window's wm_PixelsPerPoint) drawn at `centre` with a line width
 // in pixels. Bars and crosses are padded by one pixel. Codes outside 0 to 12
-// never hit.
+// never hit. A window without a method table or without its PixelsPerPoint
+// slot uses the screen's pixels per point (ws_GetScreenPixelsPerPoint).
 [[nodiscard]] QVGUI_API bool geoIsPtInMarkerTerritory(WinRec_tag* win, qvpoint32 pt, int code,
                                                       std::int16_t size, int linewidth, qvpoint32 centre);
 // Snaps both coordinates in place to multiples of 5: a remainder of 4 snaps

@@ -251,3 +251,241 @@ constexpr int kAfmFontCount = 44;  // AFM font indices 0..43
 }  // namespace gui_objects::font
 
 // ---- Text handlers ----
+
+#include <string_view>
+
+namespace gui_objects::font {
+
+// Measuring and laying out the strings of text objects with the built-in AFM
+// metrics. A TextHandler of one kind is the entry point: validate() checks a
+// string, layout() places it. Inside, the Interpreter turns the markup into a
+// flat list of TextAtoms, and the atoms are placed with the metrics of Fonts
+// (a face at a size) that the FontFactory makes from the StringProps. The
+// result, a TextLayout, holds glyph runs ready for a back end's DrawString
+// and the boxes a figure needs for alignment and tight layout.
+//
+// Three kinds of markup:
+//
+//   Plain  the string as it is; '\n' breaks lines.
+//   Tex    the subset of TeX people write in plot labels:
+//            x^2  x_{i,j}  e^{-x^{2}}      scripts, braces group, scripts nest
+//            \alpha..\omega \Gamma..\Omega Greek letters (Symbol face)
+//            \infty \pm \times \div \leq \geq \neq \approx \equiv \sim \propto
+//            \circ \degree \cdot \bullet \ldots \partial \nabla \int \sum
+//            \prod \surd \in \notin \subset \supset \cup \cap \forall
+//            \exists \emptyset \neg \wedge \vee \perp \angle \prime \aleph
+//            \Re \Im \wp \oplus \otimes \langle \rangle \clubsuit ..
+//            \leftarrow \rightarrow (\to) \uparrow \downarrow \leftrightarrow
+//            \Leftarrow \Rightarrow \Uparrow \Downarrow \Leftrightarrow
+//            \bf \it \sl \rm          weight and angle for the rest of the group
+//            \textbf{..} \textit{..} \textrm{..} \mathbf \mathit \mathrm
+//            \fontname{Times}         face for the rest of the group
+//            \fontsize{14}            size in points (up to 10000) for the rest of the group
+//            \color{red}  \color[rgb]{0.2,0.4,1}
+//            \, \: \; \  \quad \qquad spaces of 3/18, 4/18, 5/18, 1/3, 1, 2 em
+//            \{ \} \_ \^ \\ \% \$ \& \# \~   the character itself
+//          '%' '$' '&' '#' '~' are ordinary characters; '\n' breaks lines.
+//          As in TeX, spaces after a command word are skipped (\alpha x
+//          gives no space; write \alpha\ x or {\alpha} x).
+//   Latex  text with $..$ (or $$..$$) math. Outside math only the text
+//          commands are allowed (\bf \it \rm \textbf.. \fontsize \color,
+//          spaces and escapes); inside math also scripts and symbols, and
+//          letters are set in the italic of the face unless a font command
+//          chose the shape, and '-' is the minus sign of the Symbol face.
+//          Spaces typed in math are ignored; formulas space themselves as
+//          TeX does in its common cases: 4/18 em around a binary operator
+//          (+ - \pm \times \cdot ..., none when it is a sign), 5/18 em around
+//          a relation (= < > \leq \approx \in \to ...), nothing in scripts.
+//          '%' starts a comment to the end of the line, '~' is a space, '\\'
+//          and '\n' break lines, '&' and '#' are errors.
+//          There is no DVI interpreter: the string is checked as LaTeX, its
+//          '$' delimiters are dropped and it is laid out with the Tex subset.
+//
+// Colour names: black white red green blue cyan magenta yellow gray
+// darkGreen orange lightBlue. \color[rgb] components are clamped into [0, 1].
+//
+// Scripts: each level is set at 0.7 of the size of what it is attached to; a
+// superscript's baseline rises 0.4 of that size, a subscript's falls 0.2.
+// A superscript and a subscript on the same base (x^a_b, x_b^a) start at the
+// same x; the pen then moves past the wider one.
+//
+// Bad markup never throws. validate() reports the first error (byte offset
+// into the string and a message); layout() reports the same error in its
+// result and still lays out the whole string, recovering at each error:
+// an unknown command, a stray '}', '&' or '#', a trailing '\' or a script
+// without argument is drawn literally; groups and math left open are closed at
+// the end; a math-only construct outside math is set as math; a second
+// superscript or subscript starts a new pair; a bad \fontsize or \color
+// argument is skipped and changes nothing.
+//
+// Characters: the string is read as UTF-8, and a byte that does not start a
+// valid UTF-8 sequence stands for the Latin-1 character of that code. Code
+// points up to 255 are drawn in the text face with table set 1 (ISO Latin-1);
+// Greek letters and the mathematical characters of the symbol list above are
+// drawn in the Symbol face; anything else, and a code the face has no glyph
+// for, is drawn and measured as '?'. Tabs count as spaces, '\r' and the other
+// control characters are dropped.
+//
+// Geometry: layout coordinates are device pixels at StringProps::dpi with y
+// growing downwards, relative to the anchor point of the text. Widths are the
+// AFM advances plus the kerning of consecutive characters in one run, not
+// rounded. A line's logical ascent and descent are the largest of its runs'
+// Ascender and Descender, raised or lowered with scripts, and at least the
+// base font's. Runs in Symbol or ZapfDingbats use the base face's values, so
+// symbols sit in the line of the text around them (a base face of either
+// kind uses its own, which the tables take from its font box).
+// Baselines are one line pitch apart: the base font's box height (FontBBox)
+// times lineSpacing, or more when a line's ascent plus the previous line's
+// descent need it. Every line is aligned within the block as the block is
+// aligned on the anchor:
+//
+//   horizontal  LEFT: block's left edge on the anchor, CENTER: its middle,
+//               RIGHT: its right edge
+//   vertical    TOP: top of the first line's ascent, CAP: first baseline one
+//               cap height (base font) below the anchor, MIDDLE: middle of the
+//               block, BASELINE: first baseline, BOTTOM: bottom of the last
+//               line's descent
+//
+// Rotation turns the aligned block about the anchor by `rotation` degrees,
+// counterclockwise as seen on the screen: (x, y) -> (x cos + y sin,
+// -x sin + y cos) in y-down coordinates.
+
+// A value outside the enumeration counts as Plain.
+enum class TextKind : int { Plain = 0, Tex = 1, Latex = 2 };
+
+// No error: offset is npos and the message empty.
+struct TextError {
+  static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+  std::size_t offset = npos;  // byte offset into the string
+  std::string message;
+  [[nodiscard]] bool ok() const noexcept { return offset == npos; }
+};
+
+// What a string is laid out with. The face is resolved like guiDetermineAFMindex
+// (unknown faces measure as Courier). Weight 2 or 3 is bold, angle 1 or 2
+// slanted. A size outside (0, 10000] points counts as 10, a dpi outside
+// (0, 100000] as 72, a lineSpacing outside (0, 1000] as 1; NaN is outside.
+struct StringProps {
+  std::string faceName = "Helvetica";
+  double size = 10.0;  // points
+  int weight = 1;
+  int angle = 0;
+  Color3d color{0.0, 0.0, 0.0};
+  TextHorzAlign horzAlign = TEXT_HALIGN_LEFT;
+  TextVertAlign vertAlign = TEXT_VALIGN_BASELINE;
+  double rotation = 0.0;  // degrees, counterclockwise on the screen
+  double dpi = 72.0;      // pixels per inch of the output
+  double lineSpacing = 1.0;
+};
+
+// One AFM face at one size; all results in points. An index outside
+// 0..kAfmFontCount-1 counts as Courier, a size outside (0, 10000] as 10.
+class QVGUI_API Font {
+ public:
+  Font() noexcept = default;
+  Font(int afmIndex, double size) noexcept;
+
+  [[nodiscard]] int afmIndex() const noexcept { return afmIndex_; }
+  [[nodiscard]] double size() const noexcept { return size_; }
+  // Symbol and ZapfDingbats: their bytes are in the face's own encoding.
+  [[nodiscard]] bool isPictorial() const noexcept;
+  // Sum of the table set 1 advances plus the kerning of consecutive bytes.
+  [[nodiscard]] double width(std::string_view bytes) const noexcept;
+  [[nodiscard]] double ascent() const noexcept;   // Ascender, else FontBBox top
+  [[nodiscard]] double descent() const noexcept;  // -Descender, else -FontBBox bottom
+  [[nodiscard]] double capHeight() const noexcept;
+  [[nodiscard]] double boxHeight() const noexcept;  // FontBBox top - bottom
+
+ private:
+  int afmIndex_ = 12;
+  double size_ = 10.0;
+};
+
+class QVGUI_API FontFactory {
+ public:
+  [[nodiscard]] static Font make(const char* faceName, int weight, int angle, double size);
+  [[nodiscard]] static Font make(const StringProps& props);
+  [[nodiscard]] static Font symbol(double size) noexcept;
+  // Layout properties of a font record: its system name, weight and angle,
+  // and its size in points by getPointSize, so a pending conversion runs
+  // through the font proxy; a size not known yet counts as 10. A null record
+  // gives the defaults.
+  [[nodiscard]] static StringProps propsFor(zrFont* font);
+};
+
+// The interpreter's output: a flat list of drawing steps. Glyphs atoms carry
+// their bytes already in the face's encoding (table set 1, or the Symbol
+// encoding); the script steps move the pen for stacked scripts:
+//   ScriptMark  remember the pen's x
+//   ScriptSwap  the first script ended: remember its end, go back to the mark
+//   ScriptJoin  the second ended: go to the farther of the two ends
+enum class AtomOp : std::uint8_t { Glyphs, Space, LineBreak, ScriptMark, ScriptSwap, ScriptJoin };
+
+struct TextAtom {
+  AtomOp op = AtomOp::Glyphs;
+  int afmIndex = 12;
+  double size = 10.0;  // points
+  double rise = 0.0;   // baseline shift, points, upwards
+  double space = 0.0;  // Space: width in points
+  Color3d color;
+  std::size_t offset = 0;  // byte offset of the atom's source
+  std::string bytes;
+};
+
+class QVGUI_API Interpreter {
+ public:
+  explicit Interpreter(TextKind kind) noexcept : kind_(kind) {}
+  [[nodiscard]] TextKind kind() const noexcept { return kind_; }
+  // Appends the atoms of text to out (when out is not null) and returns the
+  // first markup error.
+  TextError interpret(std::string_view text, const StringProps& props, std::vector<TextAtom>* out) const;
+
+ private:
+  TextKind kind_;
+};
+
+// One run of glyphs in one face, size and colour on one baseline. The run's
+// origin (x, y) is the start of its baseline relative to the anchor, after
+// alignment and rotation; glyph i starts glyphX[i] pixels along the rotated
+// baseline from the origin.
+struct GlyphRun {
+  int afmIndex = 12;
+  double size = 10.0;  // points
+  Color3d color;
+  std::string bytes;  // table set 1, or the face's own encoding for Symbol and ZapfDingbats
+  double x = 0.0, y = 0.0;
+  double advance = 0.0;  // pixels from the origin to the pen after the run
+  std::vector<double> glyphX;
+  int line = 0;
+};
+
+// Boxes are Real_rect in layout pixels (top < bottom). Without ink (nothing
+// but spaces) hasInk is false and both ink boxes are all zero.
+struct TextLayout {
+  std::vector<GlyphRun> runs;
+  int lineCount = 0;
+  double width = 0.0;    // widest line
+  double ascent = 0.0;   // above the first baseline
+  double descent = 0.0;  // below the first baseline, to the bottom of the last line
+  Real_rect logical{};   // aligned block before rotation
+  bool hasInk = false;
+  Real_rect ink{};          // union of glyph boxes, aligned, before rotation
+  Real_point corners[4]{};  // logical box after rotation: top-left, top-right, bottom-right, bottom-left
+  Real_rect bounds{};       // axis-aligned bounds of the rotated logical box
+  Real_rect inkBounds{};    // axis-aligned bounds of the rotated ink box
+  double rotation = 0.0;    // degrees as laid out: 0 for a rotation that was not finite
+  TextError error;
+};
+
+class QVGUI_API TextHandler {
+ public:
+  explicit TextHandler(TextKind kind = TextKind::Plain) noexcept : kind_(kind) {}
+  [[nodiscard]] TextKind kind() const noexcept { return kind_; }
+  [[nodiscard]] TextError validate(std::string_view text) const;
+  [[nodiscard]] TextLayout layout(std::string_view text, const StringProps& props) const;
+
+ private:
+  TextKind kind_;
+};
+
+}  // namespace gui_objects::font

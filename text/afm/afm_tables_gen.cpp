@@ -56,7 +56,7 @@ const char* const kExpectedNames[kFaceCount] = {
     "ZapfDingbats",
 };
 
-// ISO 8859-1 by glyph name; null where the code has no character. Codes 39
+// ISO 8859-1 by glyph name: codes 32-126 and 160-255 (the rest show nothing). Codes 39
 // and 96 are the straight quote and the grave, as the character set means
 // them, not the curly quotes of the faces' own encoding.
 const char* const kLatin1Low[95] = {
