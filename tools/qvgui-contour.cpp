@@ -1,161 +1,273 @@
 // qvgui-contour: traces the contour lines of a grid of values read from a text
-// file (one grid row per line) and prints them line by line.
+// file (one grid row per line) and writes them as text or as an SVG drawing.
 #include <qvgui/host.h>
 #include <qvgui/surface.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <limits>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "table_reader.h"
+
 namespace {
 
-int usage() {
-  std::fprintf(stderr,
-               "usage: qvgui-contour [--levels N | --level V ...] FILE\n"
-               "  FILE holds one grid row per line, values separated by blanks or commas;\n"
-               "  '-' reads standard input, and 'nan' marks a hole. Column k has x = k + 1,\n"
-               "  row k has y = k + 1. Prints each line as '# level L, N points' followed by\n"
-               "  its points. Default: 10 levels evenly spaced inside the data range.\n");
-  return 2;
-}
+using qvgui::tools::InputError;
 
 struct Grid {
-  int rows = 0;
-  int columns = 0;
+  std::size_t rows = 0;
+  std::size_t columns = 0;
   std::vector<double> rowMajor;
 };
 
-bool readGrid(std::istream& in, Grid* grid, std::string* error) {
-  std::string line;
-  while (std::getline(in, line)) {
-    for (char& c : line) {
-      if (c == ',') c = ' ';
-    }
-    std::istringstream fields(line);
-    std::vector<double> row;
-    std::string field;
-    while (fields >> field) {
-      char* end = nullptr;
-      const double v = std::strtod(field.c_str(), &end);
-      if (end == field.c_str() || *end != '\0') {
-        *error = "not a number: '" + field + "' in row " + std::to_string(grid->rows + 1);
-        return false;
+struct ContourLine {
+  double level = 0;
+  std::vector<double> xy;  // x0 y0 x1 y1 ...
+};
+
+const CLI::Validator kFiniteNumber(
+    [](std::string& text) -> std::string {
+      double v = 0;
+      switch (qvgui::tools::parseNumber(text, &v)) {
+        case qvgui::tools::NumberStatus::NotANumber:
+          return "not a number: '" + text + "'";
+        case qvgui::tools::NumberStatus::OutOfRange:
+          return "value out of range: '" + text + "'";
+        case qvgui::tools::NumberStatus::Ok:
+          break;
       }
-      row.push_back(v);
-    }
-    if (row.empty()) continue;
-    if (grid->rows > 0 && static_cast<int>(row.size()) != grid->columns) {
-      *error = "row " + std::to_string(grid->rows + 1) + " has " + std::to_string(row.size()) +
-               " values, the first row " + std::to_string(grid->columns);
-      return false;
-    }
-    grid->columns = static_cast<int>(row.size());
-    grid->rowMajor.insert(grid->rowMajor.end(), row.begin(), row.end());
-    ++grid->rows;
+      return std::isnan(v) ? "NaN is not a level" : "";
+    },
+    "NUMBER", "finite number");
+
+Grid readGrid(const std::string& path) {
+  const qvgui::tools::Table t = qvgui::tools::readTable(path, true);
+  const std::string name = path == "-" ? "<stdin>" : path;
+  Grid g;
+  g.rows = t.rows.size();
+  g.columns = t.columns();
+  if (g.rows < 2 || g.columns < 2) {
+    throw InputError(name + ": the grid needs at least 2 rows and 2 columns, got " + std::to_string(g.rows) +
+                     " x " + std::to_string(g.columns));
   }
-  if (grid->rows < 2 || grid->columns < 2) {
-    *error = "the grid needs at least 2 rows and 2 columns";
-    return false;
-  }
-  return true;
+  for (const auto& row : t.rows) g.rowMajor.insert(g.rowMajor.end(), row.begin(), row.end());
+  return g;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  int levelCount = 10;
-  std::vector<double> levels;
-  const char* path = nullptr;
-  for (int i = 1; i < argc; ++i) {
-    if (std::strcmp(argv[i], "--levels") == 0 && i + 1 < argc) {
-      levelCount = std::atoi(argv[++i]);
-      if (levelCount < 1 || levelCount > 100000) return usage();
-    } else if (std::strcmp(argv[i], "--level") == 0 && i + 1 < argc) {
-      char* end = nullptr;
-      levels.push_back(std::strtod(argv[++i], &end));
-      if (*end != '\0') return usage();
-    } else if (path == nullptr) {
-      path = argv[i];
-    } else {
-      return usage();
-    }
-  }
-  if (path == nullptr) return usage();
-
-  Grid grid;
-  std::string error;
-  std::ifstream file;
-  if (std::strcmp(path, "-") != 0) {
-    file.open(path);
-    if (!file) {
-      std::fprintf(stderr, "qvgui-contour: cannot open %s\n", path);
-      return 1;
-    }
-  }
-  if (!readGrid(std::strcmp(path, "-") == 0 ? std::cin : file, &grid, &error)) {
-    std::fprintf(stderr, "qvgui-contour: %s\n", error.c_str());
-    return 1;
-  }
-
+std::vector<ContourLine> trace(const Grid& grid, std::vector<double> levels, int levelCount,
+                               const std::string& name) {
   // The engine takes z column-major, and row i reads y[rows - 1 - i].
-  const int rows = grid.rows;
-  const int columns = grid.columns;
-  std::vector<double> z(static_cast<std::size_t>(rows) * columns);
+  const std::size_t rows = grid.rows;
+  const std::size_t columns = grid.columns;
+  std::vector<double> z(rows * columns);
   double zmin = std::numeric_limits<double>::infinity();
   double zmax = -zmin;
-  for (int i = 0; i < rows; ++i) {
-    for (int j = 0; j < columns; ++j) {
-      const double v = grid.rowMajor[static_cast<std::size_t>(i) * columns + j];
-      z[static_cast<std::size_t>(j) * rows + i] = v;
-      if (std::isfinite(v)) {
+  for (std::size_t i = 0; i < rows; ++i) {
+    for (std::size_t j = 0; j < columns; ++j) {
+      const double v = grid.rowMajor[i * columns + j];
+      z[j * rows + i] = v;
+      if (!std::isnan(v)) {
         zmin = std::min(zmin, v);
         zmax = std::max(zmax, v);
       }
     }
   }
-  if (!(zmin <= zmax)) {
-    std::fprintf(stderr, "qvgui-contour: the grid has no finite value\n");
-    return 1;
-  }
+  if (!(zmin <= zmax)) throw InputError(name + ": the grid has no value that is not NaN");
   std::vector<double> x(columns);
   std::vector<double> y(rows);
-  for (int j = 0; j < columns; ++j) x[j] = j + 1;
-  for (int k = 0; k < rows; ++k) y[k] = rows - k;
+  for (std::size_t j = 0; j < columns; ++j) x[j] = static_cast<double>(j + 1);
+  for (std::size_t k = 0; k < rows; ++k) y[k] = static_cast<double>(rows - k);
   if (levels.empty()) {
     // Evenly spaced strictly inside the range, so neither extreme gets a degenerate line.
     for (int k = 1; k <= levelCount; ++k) levels.push_back(zmin + (zmax - zmin) * k / (levelCount + 1));
   }
 
-  try {
-    gui_objects::ContourEngine engine(rows, columns);
-    engine.setXYZPtrsAndZMinMax(x.data(), y.data(), z.data(), zmin, zmax);
-    engine.allocWorkSpace(1024);
-    gui_objects::ContourResult result;
-    engine.plotContours(levels.data(), static_cast<int>(levels.size()), result);
-    zrArray_tag* matrix = result.release();
-    const double* c = zrGetPr(matrix);
-    const std::size_t n = zrGetN(matrix);
-    for (std::size_t col = 0; col < n;) {
-      const double level = c[2 * col];
-      const std::size_t count = static_cast<std::size_t>(c[2 * col + 1]);
-      std::printf("# level %.15g, %zu points\n", level, count);
-      for (std::size_t k = 1; k <= count && col + k < n; ++k) {
-        std::printf("%.15g %.15g\n", c[2 * (col + k)], c[2 * (col + k) + 1]);
-      }
-      col += count + 1;
+  gui_objects::ContourEngine engine(static_cast<int>(rows), static_cast<int>(columns));
+  engine.setXYZPtrsAndZMinMax(x.data(), y.data(), z.data(), zmin, zmax);
+  engine.allocWorkSpace(1024);
+  gui_objects::ContourResult result;
+  engine.plotContours(levels.data(), static_cast<int>(levels.size()), result);
+  zrArray_tag* matrix = result.release();
+  const double* c = zrGetPr(matrix);
+  const std::size_t n = zrGetN(matrix);
+  std::vector<ContourLine> lines;
+  // Each line is a header column (level, point count) followed by its points.
+  for (std::size_t col = 0; col < n;) {
+    ContourLine line;
+    line.level = c[2 * col];
+    const auto count = static_cast<std::size_t>(c[2 * col + 1]);
+    for (std::size_t k = 1; k <= count && col + k < n; ++k) {
+      line.xy.push_back(c[2 * (col + k)]);
+      line.xy.push_back(c[2 * (col + k) + 1]);
     }
-    zrDestroyArray(matrix);
+    lines.push_back(std::move(line));
+    col += count + 1;
+  }
+  zrDestroyArray(matrix);
+  return lines;
+}
+
+// ---- Output --------------------------------------------------------------------
+
+std::string format(const char* pattern, double a, double b = 0) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, pattern, a, b);
+  return buffer;
+}
+
+std::string toText(const std::vector<ContourLine>& lines) {
+  std::string out;
+  for (const ContourLine& line : lines) {
+    // A blank line between lines, so plotting programs see separate curves.
+    if (&line != &lines.front()) out += "\n";
+    out += "# level " + format("%.15g", line.level) + ", " + std::to_string(line.xy.size() / 2) + " points\n";
+    for (std::size_t k = 0; k < line.xy.size(); k += 2)
+      out += format("%.15g %.15g\n", line.xy[k], line.xy[k + 1]);
+  }
+  return out;
+}
+
+// Lines darken from yellow-green at the highest level to violet at the lowest;
+// the lightest colours of the usual ramp are left out because they vanish on white.
+std::string levelColor(double t) {
+  static const double kRamp[][3] = {
+      {0x44, 0x01, 0x54}, {0x3b, 0x52, 0x8b}, {0x21, 0x91, 0x8c}, {0x5e, 0xc9, 0x62}, {0xaa, 0xdc, 0x32}};
+  const double s = std::clamp(t, 0.0, 1.0) * 4;
+  const int i = std::min(static_cast<int>(s), 3);
+  const double f = s - i;
+  char buffer[8];
+  std::snprintf(buffer, sizeof buffer, "#%02x%02x%02x",
+                static_cast<int>(std::lround(kRamp[i][0] + f * (kRamp[i + 1][0] - kRamp[i][0]))),
+                static_cast<int>(std::lround(kRamp[i][1] + f * (kRamp[i + 1][1] - kRamp[i][1]))),
+                static_cast<int>(std::lround(kRamp[i][2] + f * (kRamp[i + 1][2] - kRamp[i][2]))));
+  return buffer;
+}
+
+// The grid spans x in [1, columns] and y in [1, rows] with y growing upwards;
+// SVG's y grows downwards, so y is mirrored: the first row of the file (y = 1)
+// is drawn at the bottom, as on a plot's axes.
+std::string toSvg(const std::vector<ContourLine>& lines, const Grid& grid) {
+  const double w = static_cast<double>(grid.columns - 1);
+  const double h = static_cast<double>(grid.rows - 1);
+  const double margin = 0.02 * std::max(w, h);
+  const double boxW = w + 2 * margin;
+  const double boxH = h + 2 * margin;
+  // The longer side is drawn 640 px wide; strokes are given in pixels of that size.
+  const double scale = 640 / std::max(boxW, boxH);
+  const double flip = static_cast<double>(grid.rows) + 1;
+  double lo = std::numeric_limits<double>::infinity();
+  double hi = -lo;
+  for (const ContourLine& line : lines) {
+    lo = std::min(lo, line.level);
+    hi = std::max(hi, line.level);
+  }
+
+  std::string out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  out += "<svg xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\" width=\"" +
+         format("%.0f", std::ceil(boxW * scale)) + "\" height=\"" + format("%.0f", std::ceil(boxH * scale)) +
+         "\" viewBox=\"" + format("%.6g %.6g ", 1 - margin, 1 - margin) + format("%.6g %.6g", boxW, boxH) +
+         "\">\n";
+  out += "<rect x=\"1\" y=\"1\" width=\"" + format("%.6g", w) + "\" height=\"" + format("%.6g", h) +
+         "\" fill=\"none\" stroke=\"#999999\" stroke-width=\"" + format("%.4g", 1 / scale) + "\"/>\n";
+  out += "<g fill=\"none\" stroke-width=\"" + format("%.4g", 1.5 / scale) +
+         "\" stroke-linejoin=\"round\" stroke-linecap=\"round\">\n";
+  for (const ContourLine& line : lines) {
+    const std::size_t points = line.xy.size() / 2;
+    if (points == 0) continue;
+    const bool closed =
+        points > 2 && line.xy[0] == line.xy[2 * points - 2] && line.xy[1] == line.xy[2 * points - 1];
+    std::string d;
+    for (std::size_t k = 0; k < (closed ? points - 1 : points); ++k) {
+      d += (k == 0 ? "M" : " L") + format("%.6g %.6g", line.xy[2 * k], flip - line.xy[2 * k + 1]);
+    }
+    if (closed) d += " Z";
+    const double t = hi > lo ? (line.level - lo) / (hi - lo) : 0.5;
+    out += "<path stroke=\"" + levelColor(t) + "\" d=\"" + d + "\"><title>level " +
+           format("%.15g", line.level) + "</title></path>\n";
+  }
+  out += "</g>\n</svg>\n";
+  return out;
+}
+
+bool endsWithSvg(const std::string& path) {
+  if (path.size() < 4) return false;
+  std::string tail = path.substr(path.size() - 4);
+  for (char& ch : tail) ch = static_cast<char>(std::tolower(static_cast<unsigned char>(ch)));
+  return tail == ".svg";
+}
+
+bool writeFile(const std::string& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary);
+  out << text;
+  out.close();
+  return static_cast<bool>(out);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{
+      "Traces the contour lines of a grid and prints each as '# level L, N points' followed by its\n"
+      "points, one 'x y' per line, with a blank line between lines. FILE holds one grid row per line,\n"
+      "values separated by blanks or commas; '-' reads standard input, and 'nan' marks a hole.\n"
+      "Column k (from 0) has x = k + 1 and row k has y = k + 1, y growing upwards.\n"
+      "Default: 10 levels evenly spaced inside the data range. The text goes to standard output\n"
+      "unless an output file is named."};
+  std::string path;
+  int levelCount = 10;
+  std::vector<double> levels;
+  std::string output;
+  std::string svg;
+  app.add_option("FILE", path, "grid file, or '-' for standard input")->required();
+  auto* count = app.add_option("-n,--levels", levelCount, "number of evenly spaced levels")
+                    ->check(CLI::Range(1, 100000))
+                    ->capture_default_str();
+  app.add_option("-v,--level", levels, "a level to trace (repeatable)")
+      ->check(kFiniteNumber)
+      ->excludes(count)
+      ->allow_extra_args(false);
+  app.add_option("-o,--output", output, "write to this file: SVG when it ends in .svg, text otherwise");
+  app.add_option("--svg", svg, "also write the lines as an SVG drawing to this file");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
+    return 0;
+  } catch (const CLI::ParseError& e) {
+    std::cerr << "qvgui-contour: " << e.what() << "\n";
+    return 2;
+  }
+  try {
+    const Grid grid = readGrid(path);
+    const std::vector<ContourLine> lines = trace(grid, levels, levelCount, path == "-" ? "<stdin>" : path);
+    // Everything is formatted before any file is opened, so a failure leaves no partial output.
+    const std::string text = toText(lines);
+    const std::string drawing = (!svg.empty() || endsWithSvg(output)) ? toSvg(lines, grid) : std::string();
+    if (output.empty() && svg.empty()) {
+      std::fwrite(text.data(), 1, text.size(), stdout);
+      return std::fflush(stdout) == 0 ? 0 : 1;
+    }
+    if (!output.empty() && !writeFile(output, endsWithSvg(output) ? drawing : text)) {
+      std::cerr << "qvgui-contour: " << output << ": cannot write\n";
+      return 1;
+    }
+    if (!svg.empty() && !writeFile(svg, drawing)) {
+      std::cerr << "qvgui-contour: " << svg << ": cannot write\n";
+      return 1;
+    }
+    return 0;
+  } catch (const InputError& e) {
+    std::cerr << "qvgui-contour: " << e.what() << "\n";
+    return 2;
   } catch (const HostError& e) {
-    std::fprintf(stderr, "qvgui-contour: %s\n", e.what());
+    std::cerr << "qvgui-contour: " << e.what() << "\n";
     return 1;
   }
-  return 0;
 }

@@ -2,37 +2,34 @@
 // axes object would get them.
 #include <qvgui/dataspace.h>
 
+#include <CLI/CLI.hpp>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <iostream>
+#include <string>
+
+#include "table_reader.h"
 
 namespace {
 
-int usage() {
-  std::fprintf(stderr,
-               "usage: qvgui-ticks LOW HIGH [--log] [--inside] [--min N] [--max N]\n"
-               "  Prints nice limits and the major ticks for the range [LOW, HIGH].\n"
-               "  --log     logarithmic axis (LOW and HIGH must be positive)\n"
-               "  --inside  keep the limits inside the data range instead of enclosing it\n"
-               "  --min N   fewest ticks to consider (linear; default 2)\n"
-               "  --max N   most ticks to consider (default 11)\n");
-  return 2;
-}
+using qvgui::tools::InputError;
 
-bool parseNumber(const char* text, double* value) {
-  char* end = nullptr;
-  *value = std::strtod(text, &end);
-  return end != text && *end == '\0';
-}
-
-bool parseCount(const char* text, int* value) {
-  char* end = nullptr;
-  const long v = std::strtol(text, &end, 10);
-  if (end == text || *end != '\0' || v < 1 || v > 1000) return false;
-  *value = static_cast<int>(v);
-  return true;
-}
+// Accepts only a whole, finite number: an infinite or NaN limit would give
+// the tick picker nothing to place ticks on.
+const CLI::Validator kFiniteNumber(
+    [](std::string& text) -> std::string {
+      double v = 0;
+      switch (qvgui::tools::parseNumber(text, &v)) {
+        case qvgui::tools::NumberStatus::NotANumber:
+          return "not a number: '" + text + "'";
+        case qvgui::tools::NumberStatus::OutOfRange:
+          return "value out of range: '" + text + "'";
+        case qvgui::tools::NumberStatus::Ok:
+          break;
+      }
+      return std::isnan(v) ? "NaN is not a limit" : "";
+    },
+    "NUMBER", "finite number");
 
 void printTicks(double lower, double upper, int count) {
   std::printf("limits %.17g %.17g\nticks %d:", lower, upper, count);
@@ -44,63 +41,76 @@ void printTicks(double lower, double upper, int count) {
   std::printf("\n");
 }
 
+void printLogTicks(double lower, double upper, int maxTicks) {
+  if (!(lower > 0)) throw InputError("LOW: a logarithmic axis needs positive limits");
+  if (!(upper > 0)) throw InputError("HIGH: a logarithmic axis needs positive limits");
+  double lo = lower;
+  double hi = upper;
+  const int count = gui_objects::tickpicker::calculateLogTicks(&lo, &hi, maxTicks,
+                                                               gui_objects::tickpicker::kLimitExponents);
+  if (count <= 0)
+    throw InputError("--max: no logarithmic ticks for that range within " + std::to_string(maxTicks));
+  // The ticks are evenly spaced exponents between the two limit exponents.
+  std::printf("limits %.17g %.17g\nticks %d:", std::pow(10.0, lo), std::pow(10.0, hi), count);
+  for (int k = 0; k < count; ++k) {
+    const double e = count > 1 ? lo + (hi - lo) * k / (count - 1) : lo;
+    std::printf(" %.15g", std::pow(10.0, e));
+  }
+  std::printf("\n");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   using namespace gui_objects::tickpicker;
+  CLI::App app{
+      "Prints nice limits and the major ticks for the range [LOW, HIGH].\n"
+      "A reversed or zero-width range is widened around its values. Put '--' before\n"
+      "a LOW that starts with '-.' so it is not taken for an option."};
   double lower = 0;
   double upper = 0;
   bool log = false;
-  InOut mode = kEnclosing;
+  bool inside = false;
   int minTicks = 2;
   int maxTicks = 11;
-  int positional = 0;
-  for (int i = 1; i < argc; ++i) {
-    const char* a = argv[i];
-    if (std::strcmp(a, "--log") == 0) {
-      log = true;
-    } else if (std::strcmp(a, "--inside") == 0) {
-      mode = kInside;
-    } else if (std::strcmp(a, "--min") == 0 && i + 1 < argc) {
-      if (!parseCount(argv[++i], &minTicks)) return usage();
-    } else if (std::strcmp(a, "--max") == 0 && i + 1 < argc) {
-      if (!parseCount(argv[++i], &maxTicks)) return usage();
-    } else if (positional < 2 && parseNumber(a, positional == 0 ? &lower : &upper)) {
-      ++positional;
-    } else {
-      return usage();
-    }
-  }
-  if (positional != 2) return usage();
+  app.add_option("LOW", lower, "lower end of the data range")->required()->check(kFiniteNumber);
+  app.add_option("HIGH", upper, "upper end of the data range")->required()->check(kFiniteNumber);
+  app.add_flag("--log", log, "logarithmic axis (LOW and HIGH must be positive)");
+  app.add_flag("--inside", inside, "keep the limits inside the data range instead of enclosing it");
+  app.add_option("--min", minTicks, "fewest ticks to consider (linear)")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
+  app.add_option("--max", maxTicks, "most ticks to consider")
+      ->check(CLI::Range(1, 1000))
+      ->capture_default_str();
 
-  if (log) {
-    if (!(lower > 0 && upper > 0)) {
-      std::fprintf(stderr, "qvgui-ticks: a logarithmic axis needs positive limits\n");
-      return 1;
-    }
-    double lo = lower;
-    double hi = upper;
-    const int count = calculateLogTicks(&lo, &hi, maxTicks, kLimitExponents);
-    if (count <= 0) {
-      std::fprintf(stderr, "qvgui-ticks: no logarithmic ticks for that range\n");
-      return 1;
-    }
-    // The ticks are evenly spaced exponents between the two limit exponents.
-    std::printf("limits %.17g %.17g\nticks %d:", std::pow(10.0, lo), std::pow(10.0, hi), count);
-    for (int k = 0; k < count; ++k) {
-      const double e = count > 1 ? lo + (hi - lo) * k / (count - 1) : lo;
-      std::printf(" %.15g", std::pow(10.0, e));
-    }
-    std::printf("\n");
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    std::cout << app.help();
     return 0;
+  } catch (const CLI::ParseError& e) {
+    std::cerr << "qvgui-ticks: " << e.what() << "\n";
+    return 2;
   }
-
-  const int count = calculateLinearTicks(&lower, &upper, minTicks, maxTicks, mode);
-  if (count <= 0) {
-    std::fprintf(stderr, "qvgui-ticks: no tick count between %d and %d fits that range\n", minTicks,
-                 maxTicks);
-    return 1;
+  try {
+    if (minTicks > maxTicks) {
+      throw InputError("--min: " + std::to_string(minTicks) + " is more than --max " +
+                       std::to_string(maxTicks));
+    }
+    if (log) {
+      printLogTicks(lower, upper, maxTicks);
+      return 0;
+    }
+    const int count = calculateLinearTicks(&lower, &upper, minTicks, maxTicks, inside ? kInside : kEnclosing);
+    if (count <= 0) {
+      throw InputError("--min/--max: no tick count between " + std::to_string(minTicks) + " and " +
+                       std::to_string(maxTicks) + " fits that range");
+    }
+    printTicks(lower, upper, count);
+    return 0;
+  } catch (const InputError& e) {
+    std::cerr << "qvgui-ticks: " << e.what() << "\n";
+    return 2;
   }
-  printTicks(lower, upper, count);
-  return 0;
 }

@@ -4,7 +4,6 @@
 #include <qvgui/plot.h>
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -15,85 +14,18 @@
 #include <string>
 #include <vector>
 
+#include "table_reader.h"
+
 namespace {
 
 using namespace qvgui::plot;
 
-// A complaint about the input or an option; the tool prints it and exits 2.
-struct InputError : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
+using qvgui::tools::InputError;
+using qvgui::tools::readTable;
+using qvgui::tools::Table;
+using qvgui::tools::where;
 
 // ---- Reading numbers -----------------------------------------------------------
-
-struct Table {
-  std::vector<std::vector<double>> rows;
-  [[nodiscard]] std::size_t columns() const { return rows.empty() ? 0 : rows.front().size(); }
-};
-
-std::string where(const std::string& file, std::size_t line, std::size_t column) {
-  return file + ":" + std::to_string(line) + ":" + std::to_string(column) + ": ";
-}
-
-// One value per cell; cells are separated by commas, or by blanks when the
-// line holds no comma. Blank lines and lines starting with '#' are skipped.
-// NaN ("nan") is accepted only where allowNaN says a hole can be drawn.
-Table readTable(const std::string& file, bool allowNaN) {
-  std::ifstream in(file);
-  if (!in) throw InputError(file + ": cannot open for reading");
-  Table t;
-  std::string line;
-  std::size_t lineNo = 0;
-  while (std::getline(in, line)) {
-    ++lineNo;
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    const std::size_t first = line.find_first_not_of(" \t");
-    if (first == std::string::npos || line[first] == '#') continue;
-    const bool csv = line.find(',') != std::string::npos;
-    std::vector<double> row;
-    std::size_t pos = 0;
-    while (pos <= line.size()) {
-      std::size_t end;
-      if (csv) {
-        end = line.find(',', pos);
-        if (end == std::string::npos) end = line.size();
-      } else {
-        pos = line.find_first_not_of(" \t", pos);
-        if (pos == std::string::npos) break;
-        end = line.find_first_of(" \t", pos);
-        if (end == std::string::npos) end = line.size();
-      }
-      std::size_t a = pos;
-      std::size_t b = end;
-      while (a < b && (line[a] == ' ' || line[a] == '\t')) ++a;
-      while (b > a && (line[b - 1] == ' ' || line[b - 1] == '\t')) --b;
-      const std::string cell = line.substr(a, b - a);
-      const std::size_t column = (cell.empty() ? pos : a) + 1;
-      if (cell.empty()) throw InputError(where(file, lineNo, column) + "empty cell");
-      errno = 0;
-      char* stop = nullptr;
-      const double v = std::strtod(cell.c_str(), &stop);
-      if (stop != cell.c_str() + cell.size())
-        throw InputError(where(file, lineNo, column) + "not a number: '" + cell + "'");
-      if (std::isinf(v) || (errno == ERANGE && std::fabs(v) > 1)) {
-        throw InputError(where(file, lineNo, column) + "value out of range: '" + cell + "'");
-      }
-      if (std::isnan(v) && !allowNaN)
-        throw InputError(where(file, lineNo, column) + "NaN cannot be drawn here");
-      row.push_back(v);
-      if (!csv && end == line.size()) break;
-      pos = end + 1;
-      if (csv && end == line.size()) break;
-    }
-    if (!t.rows.empty() && row.size() != t.columns()) {
-      throw InputError(where(file, lineNo, 1) + "row has " + std::to_string(row.size()) +
-                       " values, expected " + std::to_string(t.columns()));
-    }
-    t.rows.push_back(std::move(row));
-  }
-  if (t.rows.empty()) throw InputError(file + ": no data");
-  return t;
-}
 
 std::vector<double> readVector(const std::string& file) {
   const Table t = readTable(file, false);
