@@ -308,20 +308,24 @@ void drawContour(Renderer& r, const Child& c, const Map2D& m, ColorMap map, bool
   }
 }
 
-void drawLine(Renderer& r, const Child& c, const Map2D& m, ColorMap map, const ColorScale& cs) {
+void drawLine(Renderer& r, const Child& c, const Map2D& m) {
+  if (c.kind != Kind::Line || c.options.style == LineStyle::None) return;
   std::vector<Pt> data(c.x.size());
   for (std::size_t k = 0; k < data.size(); ++k) data[k] = Pt{c.x[k], c.y[k]};
-  if (c.kind == Kind::Line && c.options.style != LineStyle::None) {
-    r.painter.setColor(c.options.color);
-    r.painter.setLine(c.options.widthPt, c.options.style);
-    for (const std::vector<Pt>& run : m.clipPolyline(data)) r.painter.polyline(run);
-  }
+  r.painter.setColor(c.options.color);
+  r.painter.setLine(c.options.widthPt, c.options.style);
+  for (const std::vector<Pt>& run : m.clipPolyline(data)) r.painter.polyline(run);
+}
+
+// Markers are drawn whole, outside the plot box's clip, wherever their centre
+// is inside it: a point on the limit would otherwise show as half a marker.
+void drawMarkers(Renderer& r, const Child& c, const Map2D& m, ColorMap map, const ColorScale& cs) {
   Marker mk = c.options.marker;
   if (c.kind == Kind::Scatter && mk == Marker::None) mk = Marker::Circle;
   if (mk == Marker::None) return;
   const double span = cs.hi > cs.lo ? cs.hi - cs.lo : 1;
-  for (std::size_t k = 0; k < data.size(); ++k) {
-    const Pt p = m.pixel(data[k].x, data[k].y);
+  for (std::size_t k = 0; k < c.x.size(); ++k) {
+    const Pt p = m.pixel(c.x[k], c.y[k]);
     if (!std::isfinite(p.x) || !std::isfinite(p.y) || !m.inside(p)) continue;
     const Rgb color = c.c.empty() ? c.options.color : colorAt(map, (c.c[k] - cs.lo) / span);
     r.marker(mk, p, c.options.markerSizePt, color, c.options.markerFilled);
@@ -410,12 +414,15 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
           drawContour(r, c, m, axes.map, hasFill, cs, plot);
           break;
         default:
-          drawLine(r, c, m, axes.map, cs);
+          drawLine(r, c, m);
           break;
       }
     }
   }
   r.painter.unclip();
+  for (const Child& c : axes.children) {
+    if (c.kind == Kind::Line || c.kind == Kind::Scatter) drawMarkers(r, c, m, axes.map, cs);
+  }
 
   // Frame and ticks.
   const Rgb black{0, 0, 0};
