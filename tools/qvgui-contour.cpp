@@ -115,9 +115,11 @@ std::vector<ContourLine> trace(const Grid& grid, std::vector<double> levels, int
 
 // ---- Output --------------------------------------------------------------------
 
-std::string format(const char* pattern, double a, double b = 0) {
+// One or two numbers through a printf pattern of as many conversions.
+template <class... Numbers>
+std::string format(const char* pattern, Numbers... numbers) {
   char buffer[64];
-  std::snprintf(buffer, sizeof buffer, pattern, a, b);
+  std::snprintf(buffer, sizeof buffer, pattern, static_cast<double>(numbers)...);
   return buffer;
 }
 
