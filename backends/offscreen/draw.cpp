@@ -74,7 +74,20 @@ void strokePath(CanvasState& st) {
 void fillPath(CanvasState& st, const Rgb& c) {
   setSourceRgb(st, c);
   if (!st.fillAntialias) cairo_set_antialias(st.cr, CAIRO_ANTIALIAS_NONE);
-  cairo_fill(st.cr);
+  if (st.format != Format::Png) {
+    // A viewer smooths the edges of each vector piece on its own, so abutting
+    // fills (filled bands, colour bars) show hairline seams; a hairline of
+    // the fill's own colour closes them.
+    cairo_fill_preserve(st.cr);
+    cairo_save(st.cr);
+    cairo_set_line_width(st.cr, 0.5);
+    cairo_set_line_join(st.cr, CAIRO_LINE_JOIN_MITER);
+    cairo_set_dash(st.cr, nullptr, 0, 0);
+    cairo_stroke(st.cr);
+    cairo_restore(st.cr);
+  } else {
+    cairo_fill(st.cr);
+  }
   if (!st.fillAntialias) cairo_set_antialias(st.cr, CAIRO_ANTIALIAS_DEFAULT);
 }
 
