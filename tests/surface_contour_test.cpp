@@ -291,6 +291,12 @@ TEST(ContourResult, AppendsHeaderAndPointColumns) {
     expected.insert(expected.end(), {0.25 * line, static_cast<double>(count)});
     for (const Real_point& p : pts) expected.insert(expected.end(), {p.x, p.y});
     EXPECT_FALSE(result.isEmpty());
+    if (line == 20) {
+      // Halfway, the matrix and its reserve travel out and back.
+      ContourResult moved(std::move(result));
+      result = std::move(moved);
+      EXPECT_TRUE(moved.isEmpty());  // NOLINT(bugprone-use-after-move)
+    }
   }
   zrArray_tag* m = result.release();
   ASSERT_NE(m, nullptr);

@@ -11,6 +11,8 @@
 #include <cfloat>
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
+#include <utility>
 
 #include "qvgui/dataspace.h"
 #include "qvgui/export.h"
@@ -37,6 +39,21 @@ class QVGUI_API ContourResult {
   ~ContourResult();
   ContourResult(const ContourResult&) = delete;
   ContourResult& operator=(const ContourResult&) = delete;
+  // The matrix moves along; the source is left as after release().
+  ContourResult(ContourResult&& other) noexcept : matrix_(other.matrix_), capacity_(other.capacity_) {
+    other.matrix_ = nullptr;
+    other.capacity_ = 0;
+  }
+  ContourResult& operator=(ContourResult&& other) noexcept {
+    if (this != &other) {
+      ContourResult dropped(std::move(*this));
+      matrix_ = other.matrix_;
+      capacity_ = other.capacity_;
+      other.matrix_ = nullptr;
+      other.capacity_ = 0;
+    }
+    return *this;
+  }
 
   // Appends one line; does nothing after release() or when count <= 0.
   void append(double level, int count, const Real_point* points);
@@ -50,6 +67,10 @@ class QVGUI_API ContourResult {
   zrArray_tag* matrix_;
   std::size_t capacity_;  // doubles reserved in the matrix storage
 };
+
+// Results travel by value (out of functions, into containers) without a copy.
+static_assert(std::is_nothrow_move_constructible_v<ContourResult>);
+static_assert(std::is_nothrow_move_assignable_v<ContourResult>);
 
 // ---- Contour engine -----------------------------------------------------------
 //
