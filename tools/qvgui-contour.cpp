@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "cli_common.h"
 #include "table_reader.h"
 
 namespace {
@@ -31,20 +32,7 @@ struct ContourLine {
   std::vector<double> xy;  // x0 y0 x1 y1 ...
 };
 
-const CLI::Validator kFiniteNumber(
-    [](std::string& text) -> std::string {
-      double v = 0;
-      switch (qvgui::tools::parseNumber(text, &v)) {
-        case qvgui::tools::NumberStatus::NotANumber:
-          return "not a number: '" + text + "'";
-        case qvgui::tools::NumberStatus::OutOfRange:
-          return "value out of range: '" + text + "'";
-        case qvgui::tools::NumberStatus::Ok:
-          break;
-      }
-      return std::isnan(v) ? "NaN is not a level" : "";
-    },
-    "NUMBER", "finite number");
+const CLI::Validator kFiniteNumber = qvgui::tools::finiteNumber("NaN is not a level");
 
 Grid readGrid(const std::string& path) {
   const qvgui::tools::Table t = qvgui::tools::readTable(path, true);
@@ -237,15 +225,7 @@ int main(int argc, char** argv) {
   app.add_option("-o,--output", output, "write to this file: SVG when it ends in .svg, text otherwise");
   app.add_option("--svg", svg, "also write the lines as an SVG drawing to this file");
 
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return 0;
-  } catch (const CLI::ParseError& e) {
-    std::cerr << "qvgui-contour: " << e.what() << "\n";
-    return 2;
-  }
+  if (const auto stop = qvgui::tools::parseCommandLine(app, argc, argv, "qvgui-contour")) return *stop;
   try {
     const Grid grid = readGrid(path);
     const std::vector<ContourLine> lines = trace(grid, levels, levelCount, path == "-" ? "<stdin>" : path);

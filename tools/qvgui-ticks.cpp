@@ -8,6 +8,7 @@
 #include <iostream>
 #include <string>
 
+#include "cli_common.h"
 #include "table_reader.h"
 
 namespace {
@@ -16,20 +17,7 @@ using qvgui::tools::InputError;
 
 // Accepts only a whole, finite number: an infinite or NaN limit would give
 // the tick picker nothing to place ticks on.
-const CLI::Validator kFiniteNumber(
-    [](std::string& text) -> std::string {
-      double v = 0;
-      switch (qvgui::tools::parseNumber(text, &v)) {
-        case qvgui::tools::NumberStatus::NotANumber:
-          return "not a number: '" + text + "'";
-        case qvgui::tools::NumberStatus::OutOfRange:
-          return "value out of range: '" + text + "'";
-        case qvgui::tools::NumberStatus::Ok:
-          break;
-      }
-      return std::isnan(v) ? "NaN is not a limit" : "";
-    },
-    "NUMBER", "finite number");
+const CLI::Validator kFiniteNumber = qvgui::tools::finiteNumber("NaN is not a limit");
 
 void printTicks(double lower, double upper, int count) {
   std::printf("limits %.17g %.17g\nticks %d:", lower, upper, count);
@@ -84,15 +72,7 @@ int main(int argc, char** argv) {
       ->check(CLI::Range(1, 1000))
       ->capture_default_str();
 
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp&) {
-    std::cout << app.help();
-    return 0;
-  } catch (const CLI::ParseError& e) {
-    std::cerr << "qvgui-ticks: " << e.what() << "\n";
-    return 2;
-  }
+  if (const auto stop = qvgui::tools::parseCommandLine(app, argc, argv, "qvgui-ticks")) return *stop;
   try {
     if (minTicks > maxTicks) {
       throw InputError("--min: " + std::to_string(minTicks) + " is more than --max " +

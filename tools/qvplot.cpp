@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "cli_common.h"
 #include "table_reader.h"
 
 namespace {
@@ -213,15 +214,7 @@ int main(int argc, char** argv) {
   app.add_option("--zlabel", o.zlabel, "z axis label (surface)");
   app.add_flag("--no-colorbar", o.noColorbar, "leave out the colour bar");
 
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::CallForHelp& e) {
-    std::cout << app.help();
-    return 0;
-  } catch (const CLI::ParseError& e) {
-    std::cerr << "qvplot: " << e.what() << "\n";
-    return 2;
-  }
+  if (const auto stop = qvgui::tools::parseCommandLine(app, argc, argv, "qvplot")) return *stop;
   try {
     try {
       (void)qvgui::offscreen::formatForPath(o.output);

@@ -1,6 +1,7 @@
 # Runs a command-line tool and checks its exit code, the message on standard
 # error (or standard output), and the file it was asked to write: present and
-# matching when it succeeded, absent when it failed.
+# matching when it succeeded, absent when it failed or only printed to
+# standard output (as --help does).
 #   cmake -DTOOL=... -DARGS="a^b" -DCODE=2 -DMATCH=regex [-DSTREAM=stdout] [-DINPUT=file]
 #         [-DOUTPUT=file [-DOUTPUT_MATCH=regex]] -P tool_expect.cmake
 string(REPLACE "^" ";" ARGS "${ARGS}")
@@ -23,7 +24,7 @@ if(NOT text MATCHES "${MATCH}")
   message(FATAL_ERROR "message does not match '${MATCH}'\nstdout: ${out}\nstderr: ${err}")
 endif()
 if(OUTPUT)
-  if(CODE STREQUAL "0")
+  if(CODE STREQUAL "0" AND NOT STREAM STREQUAL "stdout")
     if(NOT EXISTS "${OUTPUT}")
       message(FATAL_ERROR "${OUTPUT} was not written")
     endif()
@@ -32,6 +33,6 @@ if(OUTPUT)
       message(FATAL_ERROR "${OUTPUT} does not match '${OUTPUT_MATCH}':\n${written}")
     endif()
   elseif(EXISTS "${OUTPUT}")
-    message(FATAL_ERROR "${OUTPUT} was written although the tool failed")
+    message(FATAL_ERROR "${OUTPUT} should not have been written")
   endif()
 endif()

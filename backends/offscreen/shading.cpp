@@ -268,6 +268,30 @@ void gradientEdges(CanvasState& st, const std::vector<ColouredVertex>& v) {
 
 // ---- Slots ------------------------------------------------------------------------
 
+using IndexedInterp = void (*)(const Polygon2*, const double*, const qvrect*, unsigned char*, unsigned char*);
+using RgbInterp = void (*)(const Polygon2*, const double*, const qvrect*, std::uint32_t*, unsigned char*);
+
+// Shades a polygon on the pixmap with the rasteriser that suits the canvas:
+// colormap indices mapped through the table when the canvas is indexed,
+// interpolated RGB otherwise (one value per vertex, or three).
+void interpolateOnPixmap(CanvasState& st, const Polygon2* poly, const double* values,
+                         const Colortable_tag* table, IndexedInterp indexedInterp, RgbInterp rgbInterp) {
+  ClippedPolygon storage;
+  poly = rasterPolygon(st, poly, values, indexed(st) ? 1 : 3, storage);
+  if (!poly) return;
+  PolygonPixmap pm(poly);
+  if (pm.empty()) return;
+  std::vector<std::uint32_t> argb;
+  if (indexed(st)) {
+    indexedInterp(poly, values, &pm.bounds(), pm.pixmap(), pm.mask());
+    argb = fromIndices(pm, table);
+  } else {
+    argb.assign(std::size_t(pm.width()) * pm.height(), 0);
+    rgbInterp(poly, values, &pm.bounds(), argb.data(), pm.mask());
+  }
+  composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
+}
+
 void FillInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Colortable_tag* given) {
   if (!poly || !poly->points || poly->count < 3 || !values) return;
   CanvasState& st = stateOf(win);
@@ -280,21 +304,7 @@ void FillInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Color
     flatFace(st, presentVertices(st, poly, values, table));
     return;
   }
-  ClippedPolygon storage;
-  const double* v = values;
-  poly = rasterPolygon(st, poly, v, indexed(st) ? 1 : 3, storage);
-  if (!poly) return;
-  PolygonPixmap pm(poly);
-  if (pm.empty()) return;
-  std::vector<std::uint32_t> argb;
-  if (indexed(st)) {
-    ::FillInterpPoly(poly, v, &pm.bounds(), pm.pixmap(), pm.mask());
-    argb = fromIndices(pm, table);
-  } else {
-    argb.assign(std::size_t(pm.width()) * pm.height(), 0);
-    ::FillInterpPolyRGB(poly, v, &pm.bounds(), argb.data(), pm.mask());
-  }
-  composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
+  interpolateOnPixmap(st, poly, values, table, ::FillInterpPoly, ::FillInterpPolyRGB);
 }
 
 void DrawInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Colortable_tag* given) {
@@ -305,21 +315,7 @@ void DrawInterpPoly(WinRec_tag* win, const Polygon2* poly, double* values, Color
     gradientEdges(st, presentVertices(st, poly, values, table));
     return;
   }
-  ClippedPolygon storage;
-  const double* v = values;
-  poly = rasterPolygon(st, poly, v, indexed(st) ? 1 : 3, storage);
-  if (!poly) return;
-  PolygonPixmap pm(poly);
-  if (pm.empty()) return;
-  std::vector<std::uint32_t> argb;
-  if (indexed(st)) {
-    ::DrawInterpPoly(poly, v, &pm.bounds(), pm.pixmap(), pm.mask());
-    argb = fromIndices(pm, table);
-  } else {
-    argb.assign(std::size_t(pm.width()) * pm.height(), 0);
-    ::DrawInterpPolyRGB(poly, v, &pm.bounds(), argb.data(), pm.mask());
-  }
-  composite(st, pm.bounds(), pm.width(), pm.height(), argb, pm.mask());
+  interpolateOnPixmap(st, poly, values, table, ::DrawInterpPoly, ::DrawInterpPolyRGB);
 }
 
 void warpOne(CanvasState& st, Polygon2* tri, const Colortable_tag* table, unsigned long rows,

@@ -236,12 +236,6 @@ class QVGUI_API Projector {
   std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
 
-// std::vector<VertexVector> moves rather than copies its elements on growth
-// only while these hold.
-static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
-static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
-static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
-
 // A face's vertices mapped into a projector's plane with a reverse lookup from
 // exact 2-D positions back to vertex indices. The vertex set is borrowed and
 // must outlive this object.
@@ -269,12 +263,6 @@ class QVGUI_API ProjectedVertexSet {
 
   std::unique_ptr<Impl> impl_;  // null until needed; reads as empty
 };
-
-// std::vector<VertexVector> moves rather than copies its elements on growth
-// only while these hold.
-static_assert(std::is_nothrow_default_constructible_v<VertexVector>);
-static_assert(std::is_nothrow_move_constructible_v<VertexVector>);
-static_assert(std::is_nothrow_move_assignable_v<VertexVector>);
 
 // ---- View frustum ---------------------------------------------------------------------
 //
