@@ -22,8 +22,6 @@ constexpr double kDblMax = DBL_MAX;
   return v;
 }
 
-[[nodiscard]] constexpr int oppositeSide(int side) noexcept { return side < 2 ? side + 2 : side - 2; }
-
 // Boxes around a NaN grid point (i, j) whose sides are tried first, so that
 // lines cut by the hole start right beside it.
 struct HoleStart {
