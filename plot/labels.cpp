@@ -10,8 +10,8 @@ namespace qvgui::plot::detail {
 
 namespace {
 
-FontSpec runFont(const TextRun& run, const TextStyle& style) {
-  FontSpec f;
+FontChoice runFont(const TextRun& run, const TextStyle& style) {
+  FontChoice f;
   f.face = run.symbol ? "Symbol" : "Helvetica";
   f.sizePt = style.sizePt * run.scale;
   f.bold = style.bold && !run.symbol;

@@ -119,24 +119,24 @@ void Painter::strokeOval(Pt c, double radius) {
   wm_FrameOval(win_, &r);
 }
 
-void Painter::setFont(const FontSpec& spec) {
+void Painter::setFont(const FontChoice& choice) {
   const CachedFont* found = nullptr;
   for (const CachedFont& f : fonts_) {
-    if (f.spec.face == spec.face && f.spec.sizePt == spec.sizePt && f.spec.bold == spec.bold &&
-        f.spec.italic == spec.italic) {
+    if (f.choice.face == choice.face && f.choice.sizePt == choice.sizePt && f.choice.bold == choice.bold &&
+        f.choice.italic == choice.italic) {
       found = &f;
       break;
     }
   }
   if (found == nullptr) {
     zrFont* font = create_font();
-    font_set_name(font, spec.face.c_str());
-    font_set_size(font, spec.sizePt);
-    font_set_weight(font, spec.bold ? FONT_WEIGHT_BOLD : FONT_WEIGHT_NORMAL);
-    font_set_angle(font, spec.italic ? FONT_ANGLE_ITALIC : FONT_ANGLE_NORMAL);
+    font_set_name(font, choice.face.c_str());
+    font_set_size(font, choice.sizePt);
+    font_set_weight(font, choice.bold ? FONT_WEIGHT_BOLD : FONT_WEIGHT_NORMAL);
+    font_set_angle(font, choice.italic ? FONT_ANGLE_ITALIC : FONT_ANGLE_NORMAL);
     int index = 0;
     guiDetermineAFMindex(font, &index);
-    fonts_.push_back(CachedFont{spec, font, index});
+    fonts_.push_back(CachedFont{choice, font, index});
     found = &fonts_.back();
   }
   if (found == current_) return;
@@ -147,20 +147,20 @@ void Painter::setFont(const FontSpec& spec) {
 // Measured with the library's own metrics in full precision, so layout does
 // not depend on what a back end answers (the recording back end answers 0).
 double Painter::textWidth(const std::string& s) {
-  if (current_ == nullptr) setFont(FontSpec{});
+  if (current_ == nullptr) setFont(FontChoice{});
   return gui_objects::font::afmStringWidth(current_->afmIndex, 1, s.c_str(), s.size()) *
-         current_->spec.sizePt * ppp_ / 1000.0;
+         current_->choice.sizePt * ppp_ / 1000.0;
 }
 
 double Painter::textAscent() {
-  if (current_ == nullptr) setFont(FontSpec{});
-  return gui_objects::font::afmFaceMetrics(current_->afmIndex).ascender * current_->spec.sizePt * ppp_ /
+  if (current_ == nullptr) setFont(FontChoice{});
+  return gui_objects::font::afmFaceMetrics(current_->afmIndex).ascender * current_->choice.sizePt * ppp_ /
          1000.0;
 }
 
 double Painter::textDescent() {
-  if (current_ == nullptr) setFont(FontSpec{});
-  return -gui_objects::font::afmFaceMetrics(current_->afmIndex).descender * current_->spec.sizePt * ppp_ /
+  if (current_ == nullptr) setFont(FontChoice{});
+  return -gui_objects::font::afmFaceMetrics(current_->afmIndex).descender * current_->choice.sizePt * ppp_ /
          1000.0;
 }
 

@@ -20,7 +20,7 @@ struct Pt {
   double x = 0, y = 0;
 };
 
-struct FontSpec {
+struct FontChoice {
   std::string face = "Helvetica";  // "Symbol" for Greek and mathematical signs
   double sizePt = 10;
   bool bold = false;
@@ -51,7 +51,7 @@ class Painter {
   void fillOval(Pt centre, double radiusPx);
   void strokeOval(Pt centre, double radiusPx);
 
-  void setFont(const FontSpec& font);
+  void setFont(const FontChoice& font);
   // Width, ascent (height above the baseline) and descent of s in the current
   // font, in pixels.
   [[nodiscard]] double textWidth(const std::string& s);
@@ -67,7 +67,7 @@ class Painter {
   double ppp_;
   Color_tag* color_;
   struct CachedFont {
-    FontSpec spec;
+    FontChoice choice;
     zrFont* font;
     int afmIndex;
   };
