@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 
 #include "qvgui/raster.h"
 #include "qvgui/window.h"
@@ -16,7 +17,11 @@ void buildInverseMap(const std::int32_t* red, const std::int32_t* green, const s
   // Distances grow by squares: from cell c to c + 1 the square of (8c + 4 - x)
   // grows by 16 (8c + 4 - x) + 64, so every distance is reached by additions.
   // Row and plane maxima let a colour skip rows and planes where it cannot
-  // beat anything: the red (red + green) part alone is a lower bound.
+  // beat anything: the red (red + green) part alone is a lower bound. Tables
+  // often list similar colours together, and taken in that order each of the
+  // first few colours would still win nearly every cell; taken in a stride
+  // across the table the space fills quickly and the bounds bite. Ties go to
+  // the lower index whatever the order.
   ZrBuffer<std::int32_t> dist = zrBuffer<std::int32_t>(kInverseCells);
   constexpr std::int32_t kFar = std::numeric_limits<std::int32_t>::max();
   std::int32_t rowMax[32 * 32];
@@ -28,32 +33,35 @@ void buildInverseMap(const std::int32_t* red, const std::int32_t* green, const s
   for (std::int32_t& m : rowMax) m = kFar;
   for (std::int32_t& m : planeMax) m = kFar;
 
-  for (std::size_t i = 0; i < n; ++i) {
+  std::size_t stride = n / 3 + 1;
+  while (std::gcd(stride, n) > 1) ++stride;
+  for (std::size_t k = 0, i = 0; k < n; ++k, i = (i + stride) % n) {
     const std::int32_t cr = red[i], cg = green[i], cb = blue[i];
+    const auto index = static_cast<std::int32_t>(i);
+    std::int32_t dB[32];
+    for (std::int32_t b = 0, db = 4 - cb, d = db * db, step = 16 * db + 64; b < 32;
+         ++b, d += step, step += 128)
+      dB[b] = d;
     std::int32_t dr = 4 - cr;
     for (int r = 0; r < 32; ++r, dr += 8) {
       const std::int32_t dR = dr * dr;
-      if (dR >= planeMax[r]) continue;
+      if (dR > planeMax[r]) continue;
       std::int32_t dg = 4 - cg;
       std::int32_t newPlaneMax = 0;
       for (int g = 0; g < 32; ++g, dg += 8) {
         const int rg = (r << 5) | g;
         const std::int32_t dRG = dR + dg * dg;
-        if (dRG < rowMax[rg]) {
-          std::int32_t db = 4 - cb;
-          std::int32_t d = dRG + db * db;
-          std::int32_t step = 16 * db + 64;
+        if (dRG <= rowMax[rg]) {
           std::int32_t* const dcell = dist.get() + (rg << 5);
           std::int32_t* const mcell = map + (rg << 5);
           std::int32_t m = 0;
+          // Branch-free, so that it runs several cells at a time.
           for (int b = 0; b < 32; ++b) {
-            if (d < dcell[b]) {
-              dcell[b] = d;
-              mcell[b] = static_cast<std::int32_t>(i);
-            }
+            const std::int32_t d = dRG + dB[b];
+            const bool nearer = d < dcell[b] || (d == dcell[b] && index < mcell[b]);
+            mcell[b] = nearer ? index : mcell[b];
+            dcell[b] = nearer ? d : dcell[b];
             m = dcell[b] > m ? dcell[b] : m;
-            d += step;
-            step += 128;
           }
           rowMax[rg] = m;
         }
@@ -68,9 +76,16 @@ void buildShares(Shares* table) {
   for (std::int32_t e = -256; e < 256; ++e) {
     const std::int32_t a = e < 0 ? -e : e;
     const std::int32_t sign = e < 0 ? -1 : 1;
-    table[e + 256] = {sign * ((8 + a * 7) / 16), sign * ((8 + a * 5) / 16), sign * ((8 + a * 3) / 16),
-                      sign * ((8 + a * 1) / 16)};
+    const auto share = [&](std::int32_t sixteenths) {
+      return static_cast<std::int16_t>(sign * ((8 + a * sixteenths) / 16));
+    };
+    table[e + 256] = {share(3), share(5), share(7), share(1)};
   }
+}
+
+Lanes tableLanes(std::int32_t red, std::int32_t green, std::int32_t blue) {
+  return static_cast<Lanes>(256 - blue) | (static_cast<Lanes>(256 - green) << 16) |
+         (static_cast<Lanes>(256 - red) << 32);
 }
 
 }  // namespace qvgui_raster
@@ -134,27 +149,45 @@ std::int32_t channelValue(std::uint32_t pixel, const Channel& c) {
   return c.scale ? c.scale[v] : saturate(v * c.factor);
 }
 
-// A table's colours: 8-bit planar integers for the inverse map, and the
-// same less 256 for the diffusion loop.
+// A table's colours: 8-bit planar integers for the inverse map and the
+// output of DitherPixMap, and their lanes for the diffusion loop.
 struct TableBytes {
   ZrBuffer<std::int32_t> red, green, blue;
-  ZrBuffer<TableColour> colours;
+  ZrBuffer<Lanes> lanes;
   std::size_t n;
 };
 
 TableBytes tableBytes(const double* planar, std::size_t n) {
   TableBytes t{zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n), zrBuffer<std::int32_t>(n),
-               zrBuffer<TableColour>(n), n};
+               zrBuffer<Lanes>(n), n};
   for (std::size_t i = 0; i < n; ++i) {
     t.red[i] = tableByte(planar[i]);
     t.green[i] = tableByte(planar[n + i]);
     t.blue[i] = tableByte(planar[2 * n + i]);
-    t.colours[i] = {t.red[i] - 256, t.green[i] - 256, t.blue[i] - 256, 0};
+    t.lanes[i] = tableLanes(t.red[i], t.green[i], t.blue[i]);
   }
   // The inverse map answers colour 0 even for an empty table.
-  if (n == 0) t.colours[0] = {-256, -256, -256, 0};
+  if (n == 0) t.lanes[0] = tableLanes(0, 0, 0);
   return t;
 }
+
+// Output rows of dither_wrapper: one colour index a pixel.
+struct RowBytes {
+  unsigned char* row;
+  void operator()(int x, std::int32_t index) const { row[x] = static_cast<unsigned char>(index); }
+};
+
+// Output rows of DitherPixMap: the chosen colour written over the pixel.
+struct RowColours {
+  unsigned char* row;
+  const std::int32_t *red, *green, *blue;
+  void operator()(int x, std::int32_t index) const {
+    unsigned char* p = row + 4 * static_cast<std::size_t>(x);
+    p[0] = static_cast<unsigned char>(red[index]);
+    p[1] = static_cast<unsigned char>(green[index]);
+    p[2] = static_cast<unsigned char>(blue[index]);
+  }
+};
 
 // Builds the inverse map and runs the diffusion with the narrowest map cells
 // that hold every index.
@@ -165,13 +198,12 @@ void run(const TableBytes& t, int rows, int columns, Load load, Emit emit) {
   ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
   buildShares(shares.get());
   if (rows <= 0 || columns <= 0) return;
-  ZrBuffer<std::int32_t> buffer = zrBuffer<std::int32_t>(12 * (static_cast<std::size_t>(columns) + 2));
   if (t.n <= 256) {
     ZrBuffer<std::uint8_t> small = zrBuffer<std::uint8_t>(kInverseCells);
     for (int c = 0; c < kInverseCells; ++c) small[c] = static_cast<std::uint8_t>(map[c]);
-    diffuse(rows, columns, small.get(), t.colours.get(), shares.get(), buffer.get(), load, emit);
+    diffuse(rows, columns, small.get(), t.lanes.get(), shares.get(), load, emit);
   } else {
-    diffuse(rows, columns, map.get(), t.colours.get(), shares.get(), buffer.get(), load, emit);
+    diffuse(rows, columns, map.get(), t.lanes.get(), shares.get(), load, emit);
   }
 }
 
@@ -190,12 +222,9 @@ void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t*
 
   const auto cols = static_cast<std::size_t>(columns > 0 ? columns : 0);
   const std::size_t last = rows > 0 ? static_cast<std::size_t>(rows) - 1 : 0;
-  // Output rows go bottom-up: input row 0 is the last output row. Everything
-  // the lambdas use is copied in, since stores through `out` could otherwise
-  // alias it and force reloads in the loop.
-  const auto emit = [out, cols, last](int y, int x, std::int32_t index) {
-    out[(last - static_cast<std::size_t>(y)) * cols + static_cast<std::size_t>(x)] =
-        static_cast<unsigned char>(index);
+  // Output rows go bottom-up: input row 0 is the last output row.
+  const auto emit = [out, cols, last](int y) {
+    return RowBytes{out + (last - static_cast<std::size_t>(y)) * cols};
   };
   if (red.scale && green.scale && blue.scale) {
     const std::int32_t* const sr = red.scale.get();
@@ -253,7 +282,9 @@ void DitherPixMap(unsigned char* pixels, int width, int height, const Colortable
   if (n == 0 || width <= 0 || height <= 0) return;
   const TableBytes colours = tableBytes(table->fixed_data, n);
   const auto w = static_cast<std::size_t>(width);
-  const TableColour* const c = colours.colours.get();
+  const std::int32_t* const red = colours.red.get();
+  const std::int32_t* const green = colours.green.get();
+  const std::int32_t* const blue = colours.blue.get();
   const auto load = [pixels, w](int y, std::int32_t* in) {
     const unsigned char* p = pixels + 4 * static_cast<std::size_t>(y) * w;
     for (std::size_t x = 0; x < w; ++x) {
@@ -262,11 +293,8 @@ void DitherPixMap(unsigned char* pixels, int width, int height, const Colortable
       in[2 * w + x] = p[4 * x + 2];
     }
   };
-  const auto emit = [pixels, w, c](int y, int x, std::int32_t index) {
-    unsigned char* p = pixels + 4 * (static_cast<std::size_t>(y) * w + static_cast<std::size_t>(x));
-    p[0] = static_cast<unsigned char>(c[index].red + 256);
-    p[1] = static_cast<unsigned char>(c[index].green + 256);
-    p[2] = static_cast<unsigned char>(c[index].blue + 256);
+  const auto emit = [pixels, w, red, green, blue](int y) {
+    return RowColours{pixels + 4 * static_cast<std::size_t>(y) * w, red, green, blue};
   };
   run(colours, height, width, load, emit);
 }

@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <memory>
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#endif
+
 #include "qvgui/host.h"
 
 namespace qvgui_raster {
@@ -30,107 +34,257 @@ void buildInverseMap(const std::int32_t* red, const std::int32_t* green, const s
                      std::size_t n, std::int32_t* map);
 
 // The four Floyd-Steinberg shares of every error -256..255, stored at
-// error + 256 and rounded half away from zero.
+// error + 256 and rounded half away from zero, in the lane order the
+// diffusion loop transposes them in.
 struct Shares {
-  std::int32_t right;       // 7/16
-  std::int32_t below;       // 5/16
-  std::int32_t belowLeft;   // 3/16
-  std::int32_t belowRight;  // 1/16
+  std::int16_t belowLeft;   // 3/16
+  std::int16_t below;       // 5/16
+  std::int16_t right;       // 7/16
+  std::int16_t belowRight;  // 1/16
 };
+static_assert(sizeof(Shares) == 8, "one share entry is one pixel's lanes");
 void buildShares(Shares* table);  // 512 entries
 
-// A table colour in 8-bit units less 256, so that a working value minus it
-// is already the error's index into the share table.
-struct TableColour {
-  std::int32_t red, green, blue, unused;
+// Pixels travel through the diffusion loop as four 16-bit lanes
+//   | blue | green | red | 0 |
+// so that one 64-bit register holds a pixel and the cell of the inverse map
+// is three shifts and masks of it. A table colour is kept as 256 minus its
+// 8-bit components in the same lanes: a clamped working value plus it is the
+// three errors' indices into the share table at once, with no carry between
+// lanes (every lane stays below 512).
+using Lanes = std::uint64_t;
+Lanes tableLanes(std::int32_t red, std::int32_t green, std::int32_t blue);
+
+// Incoming values further than this from 0..255 clamp the same however the
+// carried errors (less than 512 in magnitude) push them, so rows are cut to
+// this range before they are narrowed to 16 bits.
+inline constexpr std::int32_t kInputMargin = 1024;
+
+// The diffusion walks rows top to bottom and each row left to right, with
+// errors exactly those of a row-by-row walk.
+//
+// One pixel's choice waits on the error of the pixel before it, through three
+// table loads; that chain, not arithmetic, sets the speed. So rows go in
+// groups of kRowsInFlight, each kLag pixels behind the one above: pixel x of
+// row y + 1 needs only pixels up to x + 1 of row y, and with some slack
+// between them the chains overlap instead of waiting on each other.
+inline constexpr int kRowsInFlight = 6;
+inline constexpr int kLag = 8;
+
+// ---- Eight 16-bit lanes ----------------------------------------------------
+// Only the low four lanes carry a pixel; the high four ride along where an
+// operation needs two pixels' worth.
+#if defined(__SSE2__) || defined(_M_X64)
+struct Lanes8 {
+  __m128i v;
+};
+inline Lanes8 load4(const std::int16_t* p) { return {_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))}; }
+inline void store4(std::int16_t* p, Lanes8 a) { _mm_storel_epi64(reinterpret_cast<__m128i*>(p), a.v); }
+inline Lanes8 operator+(Lanes8 a, Lanes8 b) { return {_mm_add_epi16(a.v, b.v)}; }
+inline Lanes8 clampByte(Lanes8 a) {
+  return {_mm_max_epi16(_mm_min_epi16(a.v, _mm_set1_epi16(255)), _mm_setzero_si128())};
+}
+inline Lanes low64(Lanes8 a) { return static_cast<Lanes>(_mm_cvtsi128_si64(a.v)); }
+// The high four lanes of a, then those of b.
+inline Lanes8 highs(Lanes8 a, Lanes8 b) { return {_mm_unpackhi_epi64(a.v, b.v)}; }
+// Shares of blue, green and red transposed into first = below-left | below
+// and second = right | below-right, each channel in its lane.
+inline void transpose(const Shares* b, const Shares* g, const Shares* r, Lanes8* first, Lanes8* second) {
+  const __m128i t0 = _mm_unpacklo_epi16(load4(&b->belowLeft).v, load4(&g->belowLeft).v);
+  const __m128i t1 = _mm_unpacklo_epi16(load4(&r->belowLeft).v, _mm_setzero_si128());
+  first->v = _mm_unpacklo_epi32(t0, t1);
+  second->v = _mm_unpackhi_epi32(t0, t1);
+}
+#else
+struct Lanes8 {
+  std::int16_t l[8];
+};
+inline Lanes8 load4(const std::int16_t* p) { return {{p[0], p[1], p[2], p[3], 0, 0, 0, 0}}; }
+inline void store4(std::int16_t* p, Lanes8 a) {
+  for (int k = 0; k < 4; ++k) p[k] = a.l[k];
+}
+inline Lanes8 operator+(Lanes8 a, Lanes8 b) {
+  for (int k = 0; k < 8; ++k) a.l[k] = static_cast<std::int16_t>(a.l[k] + b.l[k]);
+  return a;
+}
+inline Lanes8 clampByte(Lanes8 a) {
+  for (std::int16_t& x : a.l) x = x < 0 ? 0 : (x > 255 ? 255 : x);
+  return a;
+}
+inline Lanes low64(Lanes8 a) {
+  Lanes v = 0;
+  for (int k = 3; k >= 0; --k) v = (v << 16) | static_cast<std::uint16_t>(a.l[k]);
+  return v;
+}
+inline Lanes8 highs(Lanes8 a, Lanes8 b) {
+  return {{a.l[4], a.l[5], a.l[6], a.l[7], b.l[4], b.l[5], b.l[6], b.l[7]}};
+}
+inline void transpose(const Shares* b, const Shares* g, const Shares* r, Lanes8* first, Lanes8* second) {
+  *first = {{b->belowLeft, g->belowLeft, r->belowLeft, 0, b->below, g->below, r->below, 0}};
+  *second = {{b->right, g->right, r->right, 0, b->belowRight, g->belowRight, r->belowRight, 0}};
+}
+#endif
+
+// ---- The diffusion loop ----------------------------------------------------
+// The rows of a group share their buffers, pixel by pixel, so that one
+// pointer and a constant offset reach every row's lanes:
+//   in:     [x][row k][lane]       incoming values of the group's rows
+//   errors: [x + 1][slot k][lane]  row k reads slot k and accumulates into
+//                                  slot k + 1 (kRowsInFlight + 1 slots);
+//                                  x = -1 is a guard
+inline constexpr std::size_t kInStride = 4 * kRowsInFlight;
+inline constexpr std::size_t kErrorStride = 4 * (kRowsInFlight + 1);
+
+// What a row carries from one pixel to the next: the 7/16 shares, and the
+// two cells of the row below it is still adding to.
+struct RowState {
+  Lanes8 carry;
+  Lanes8 pending;  // into[x - 1] | into[x] before pixel x
 };
 
-// Pixel x of a row: its incoming channel values are in[x], in[plane + x] and
-// in[2 plane + x], the error
-// carried from the row above at from[3x..], and carry holds the 7/16 shares
-// from the pixel before. The next row's errors are accumulated in place at
-// into[x - 1] and into[x] and started at into[x + 1]; into[-1] and into[columns]
-// are guard cells, never read as pixels. No multiplications or divisions.
+// from and into point at the pixel's own cells.
 template <class MapEntry>
-inline std::int32_t ditherPixel(std::int32_t* carry, int x, const std::int32_t* in, std::size_t plane,
-                                const std::int32_t* from, std::int32_t* into, const MapEntry* map,
-                                const TableColour* colours, const Shares* shares) {
-  std::int32_t w[3];
-  for (int ch = 0; ch < 3; ++ch) {
-    const std::int32_t a = in[ch * plane + static_cast<std::size_t>(x)] + from[3 * x + ch] + carry[ch];
-    w[ch] = a < 0 ? 0 : (a > 255 ? 255 : a);
-  }
-  const std::int32_t index = map[((w[0] >> 3) << 10) | ((w[1] >> 3) << 5) | (w[2] >> 3)];
-  const TableColour& c = colours[index];
-  // Unsigned, so the index needs no sign extension: it lies in 1..511.
-  const auto at = [shares](std::int32_t v, std::int32_t less256) {
-    return &shares[static_cast<std::uint32_t>(v) - static_cast<std::uint32_t>(less256)];
-  };
-  const Shares* const sh[3] = {at(w[0], c.red), at(w[1], c.green), at(w[2], c.blue)};
-  std::int32_t* const below = into + 3 * x;
-  for (int ch = 0; ch < 3; ++ch) {
-    carry[ch] = sh[ch]->right;
-    below[ch - 3] += sh[ch]->belowLeft;
-    below[ch] += sh[ch]->below;
-    below[ch + 3] = sh[ch]->belowRight;
-  }
+inline std::int32_t ditherPixel(RowState& row, const std::int16_t* in, const std::int16_t* from,
+                                std::int16_t* into, const MapEntry* map, const Lanes* colours,
+                                const Shares* shares) {
+  const Lanes w = low64(clampByte(load4(in) + load4(from) + row.carry));
+  const auto cell = static_cast<std::size_t>(((w >> 3) & 0x1F) | ((w >> 14) & 0x3E0) | ((w >> 25) & 0x7C00));
+  const std::int32_t index = map[cell];
+  const Lanes errors = w + colours[index];
+  Lanes8 first, second;
+  transpose(&shares[static_cast<std::uint16_t>(errors)], &shares[static_cast<std::uint16_t>(errors >> 16)],
+            &shares[errors >> 32], &first, &second);
+  const Lanes8 done = row.pending + first;
+  store4(into - kErrorStride, done);
+  row.pending = highs(done, second);
+  row.carry = second;
   return index;
 }
 
-// Walks rows top to bottom and each row left to right. prepare(y, in) fills
-// in[x], in[columns + x] and in[2 columns + x] with row y's incoming red,
-// green and blue values (any int; clamped when
-// used), emit(y, x, index) takes each pixel's colour index. map holds the
-// inverse colour map (bytes while the table has at most 256 colours, so that
-// it stays in the first-level cache); buffers holds 12 * (columns + 2) ints.
-//
-// One pixel's choice waits on the error of the pixel before it, through three
-// table loads; that chain, not arithmetic, sets the speed. So rows go in pairs,
-// the second kLag pixels behind the first: pixel x of row y + 1 needs only
-// pixels up to x + 1 of row y, and with some slack between them the two
-// chains overlap instead of waiting on each other. The errors and their
-// order of addition are exactly those of a row-by-row walk.
-inline constexpr int kLag = 8;
-
-template <class MapEntry, class Prepare, class Emit>
-void diffuse(int rows, int columns, const MapEntry* map, const TableColour* colours, const Shares* shares,
-             std::int32_t* buffers, Prepare prepare, Emit emit) {
-  const std::size_t stride = 3 * (static_cast<std::size_t>(columns) + 2);
-  const auto plane = static_cast<std::size_t>(columns);
-  for (std::size_t k = 0; k < 2 * stride; ++k) buffers[k] = 0;
-  // a: errors into the even row of a pair (and out of its odd row);
-  // b: errors from the even row into the odd row. Offset past the guard cell.
-  std::int32_t* const a = buffers + 3;
-  std::int32_t* const b = buffers + stride + 3;
-  std::int32_t* const inEven = buffers + 2 * stride;
-  std::int32_t* const inOdd = buffers + 3 * stride;
-  int y = 0;
-  for (; y + 1 < rows; y += 2) {
-    prepare(y, inEven);
-    prepare(y + 1, inOdd);
-    std::int32_t even[3] = {0, 0, 0}, odd[3] = {0, 0, 0};
-    // A row's first pixel adds into cells -1 and 0 of the next row's errors,
-    // which still hold what the row before read: start them at zero.
-    for (int k = -3; k < 3; ++k) b[k] = 0;
-    const int lead = columns < kLag ? columns : kLag;
-    for (int x = 0; x < lead; ++x)
-      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
-    // The even row has read a[0] and a[1]; the odd row's errors go there now.
-    for (int k = -3; k < 3; ++k) a[k] = 0;
-    for (int x = kLag; x < columns; ++x) {
-      emit(y, x, ditherPixel(even, x, inEven, plane, a, b, map, colours, shares));
-      emit(y + 1, x - kLag, ditherPixel(odd, x - kLag, inOdd, plane, b, a, map, colours, shares));
+// The group's rows, each kLag pixels behind the one above. The rows' states
+// and sinks are locals so that they stay in registers: the output stores are
+// bytes, which may alias anything reached through a pointer.
+template <int Rows, class MapEntry, class Sink>
+void diffuseGroup(int columns, const std::int16_t* in, std::int16_t* errors, const Sink* groupSinks,
+                  const MapEntry* map, const Lanes* colours, const Shares* shares) {
+  RowState rows[Rows] = {};
+  Sink sinks[Rows];
+  for (int k = 0; k < Rows; ++k) sinks[k] = groupSinks[k];
+  const auto step = [&](int k, int x) {
+    const auto at = static_cast<std::size_t>(x);
+    std::int16_t* const from = errors + (at + 1) * kErrorStride + 4 * static_cast<std::size_t>(k);
+    sinks[k](x, ditherPixel(rows[k], in + at * kInStride + 4 * k, from, from + 4, map, colours, shares));
+  };
+  const auto checked = [&](int t) {
+    for (int k = 0; k < Rows; ++k) {
+      const int x = t - k * kLag;
+      if (x < 0 || x >= columns) continue;
+      step(k, x);
+      // The row's last cell is complete once its last pixel is done, and the
+      // row below is about to read it.
+      if (x == columns - 1)
+        store4(errors + (static_cast<std::size_t>(x) + 1) * kErrorStride + 4 * (k + 1), rows[k].pending);
     }
-    for (int x = columns - lead; x < columns; ++x) {
-      emit(y + 1, x, ditherPixel(odd, x, inOdd, plane, b, a, map, colours, shares));
+  };
+  constexpr int kSpan = (Rows - 1) * kLag;
+  const int head = kSpan < columns - 1 ? kSpan : columns - 1;
+  int t = 0;
+  for (; t < head; ++t) checked(t);
+  for (; t < columns - 1; ++t) {
+    for (int k = 0; k < Rows; ++k) step(k, t - k * kLag);
+  }
+  for (; t < columns + kSpan; ++t) checked(t);
+}
+
+// A row of planar red, green and blue values into its lanes, kInStride apart.
+inline void packRow(const std::int32_t* planar, std::size_t cols, std::int16_t* row) {
+  std::size_t x = 0;
+#if defined(__SSE2__) || defined(_M_X64)
+  const __m128i low = _mm_set1_epi16(-kInputMargin), high = _mm_set1_epi16(255 + kInputMargin);
+  const __m128i zero = _mm_setzero_si128();
+  const auto narrow = [&](const std::int32_t* p) {
+    const __m128i wide0 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i wide1 = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 4));
+    return _mm_max_epi16(_mm_min_epi16(_mm_packs_epi32(wide0, wide1), high), low);
+  };
+  for (; x + 8 <= cols; x += 8) {
+    const __m128i r = narrow(planar + x), g = narrow(planar + cols + x), b = narrow(planar + 2 * cols + x);
+    const __m128i bg[2] = {_mm_unpacklo_epi16(b, g), _mm_unpackhi_epi16(b, g)};
+    const __m128i r0[2] = {_mm_unpacklo_epi16(r, zero), _mm_unpackhi_epi16(r, zero)};
+    for (std::size_t half = 0; half < 2; ++half) {
+      const __m128i pair[2] = {_mm_unpacklo_epi32(bg[half], r0[half]),
+                               _mm_unpackhi_epi32(bg[half], r0[half])};
+      for (std::size_t j = 0; j < 2; ++j) {
+        std::int16_t* const at = row + (x + 4 * half + 2 * j) * kInStride;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(at), pair[j]);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(at + kInStride), _mm_unpackhi_epi64(pair[j], pair[j]));
+      }
     }
   }
-  if (y < rows) {
-    // The last row's errors go nowhere: b is scratch from here on.
-    prepare(y, inEven);
-    std::int32_t last[3] = {0, 0, 0};
-    for (int x = 0; x < columns; ++x)
-      emit(y, x, ditherPixel(last, x, inEven, plane, a, b, map, colours, shares));
+#endif
+  const auto clamp = [](std::int32_t v) {
+    return static_cast<std::int16_t>(v < -kInputMargin ? -kInputMargin
+                                                       : (v > 255 + kInputMargin ? 255 + kInputMargin : v));
+  };
+  for (; x < cols; ++x) {
+    std::int16_t* const at = row + x * kInStride;
+    at[0] = clamp(planar[2 * cols + x]);
+    at[1] = clamp(planar[cols + x]);
+    at[2] = clamp(planar[x]);
+    at[3] = 0;
+  }
+}
+
+// prepare(y, in) fills in[x], in[columns + x] and in[2 columns + x] with row
+// y's incoming red, green and blue values (any int; clamped when used);
+// sink(y) gives row y's output, an object whose (x, index) takes pixel x's
+// colour index. map holds the inverse colour map (bytes while the table has
+// at most 256 colours, so that it stays in the first-level cache), colours
+// the tableLanes of every table colour.
+template <class MapEntry, class Prepare, class SinkOf>
+void diffuse(int rows, int columns, const MapEntry* map, const Lanes* colours, const Shares* shares,
+             Prepare prepare, SinkOf sink) {
+  const auto cols = static_cast<std::size_t>(columns);
+  ZrBuffer<std::int16_t> errors = zrBuffer<std::int16_t>((cols + 1) * kErrorStride);
+  ZrBuffer<std::int16_t> in = zrBuffer<std::int16_t>(cols * kInStride);
+  ZrBuffer<std::int32_t> planar = zrBuffer<std::int32_t>(3 * cols);
+
+  using Sink = decltype(sink(0));
+  Sink sinks[kRowsInFlight];
+  for (int y = 0; y < rows; y += kRowsInFlight) {
+    const int group = rows - y < kRowsInFlight ? rows - y : kRowsInFlight;
+    for (int k = 0; k < group; ++k) {
+      prepare(y + k, planar.get());
+      packRow(planar.get(), cols, in.get() + 4 * static_cast<std::size_t>(k));
+      sinks[k] = sink(y + k);
+    }
+    switch (group) {
+      case 6:
+        diffuseGroup<6>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+      case 5:
+        diffuseGroup<5>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+      case 4:
+        diffuseGroup<4>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+      case 3:
+        diffuseGroup<3>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+      case 2:
+        diffuseGroup<2>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+      default:
+        diffuseGroup<1>(columns, in.get(), errors.get(), sinks, map, colours, shares);
+        break;
+    }
+    // The last row's errors are the next group's first.
+    if (group == kRowsInFlight) {
+      for (std::size_t x = 0; x <= cols; ++x) {
+        for (std::size_t lane = 0; lane < 4; ++lane)
+          errors[x * kErrorStride + lane] = errors[x * kErrorStride + 4 * kRowsInFlight + lane];
+      }
+    }
   }
 }
 

@@ -131,10 +131,12 @@ TEST(Dither, MatchesTheReferenceOnRandomImagesTablesAndFormats) {
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   for (int run = 0; run < 300; ++run) {
     const _TrueColorPixelInfo_tag& f = formats[run % formats.size()];
-    // Widths past 16 run both rows of a pair at once, one well behind the other.
-    const int rows = 1 + static_cast<int>(rng() % 9);
-    const int columns = 1 + static_cast<int>(rng() % (run % 2 == 0 ? 9 : 40));
-    std::vector<std::array<double, 3>> colours(rng() % 12);
+    // Rows go in staggered groups: heights up to 14 end groups at every size
+    // and hand errors on from group to group, widths up to 64 run a whole
+    // group at once. Past 256 colours the inverse map needs wider cells.
+    const int rows = 1 + static_cast<int>(rng() % 14);
+    const int columns = 1 + static_cast<int>(rng() % (run % 2 == 0 ? 9 : 64));
+    std::vector<std::array<double, 3>> colours(run % 50 == 7 ? 257 + rng() % 100 : rng() % 12);
     for (auto& c : colours) c = {unit(rng), unit(rng), unit(rng)};
     if (colours.size() > 2) colours[colours.size() - 1] = colours[0];  // ties keep the earlier colour
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(rows * columns));
