@@ -64,7 +64,7 @@ inline constexpr std::int32_t kInputMargin = 1024;
 // errors exactly those of a row-by-row walk.
 //
 // One pixel's choice waits on the error of the pixel before it, through three
-// table loads; that chain, not arithmetic, sets the speed. So rows go in
+// table loads; row by row, that chain would set the speed. So rows go in
 // groups of kRowsInFlight, each kLag pixels behind the one above: pixel x of
 // row y + 1 needs only pixels up to x + 1 of row y, and with some slack
 // between them the chains overlap instead of waiting on each other.
