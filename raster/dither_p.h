@@ -1,9 +1,11 @@
 // The error-diffusion core shared by dither_wrapper and DitherPixMap.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #if defined(__SSE2__) || defined(_M_X64)
 #include <emmintrin.h>
@@ -196,6 +198,12 @@ void diffuseGroup(int columns, const std::int16_t* in, std::int16_t* errors, con
   for (; t < columns + kSpan; ++t) checked(t);
 }
 
+// diffuseGroup for every group size, indexed by size - 1.
+template <class MapEntry, class Sink, std::size_t... Less1>
+constexpr auto groupRunner(std::index_sequence<Less1...>) {
+  return std::array{&diffuseGroup<static_cast<int>(Less1) + 1, MapEntry, Sink>...};
+}
+
 // A row of planar red, green and blue values into its lanes, kInStride apart.
 inline void packRow(const std::int32_t* planar, std::size_t cols, std::int16_t* row) {
   std::size_t x = 0;
@@ -258,26 +266,8 @@ void diffuse(int rows, int columns, const MapEntry* map, const Lanes* colours, c
       packRow(planar.get(), cols, in.get() + 4 * static_cast<std::size_t>(k));
       sinks[k] = sink(y + k);
     }
-    switch (group) {
-      case 6:
-        diffuseGroup<6>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-      case 5:
-        diffuseGroup<5>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-      case 4:
-        diffuseGroup<4>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-      case 3:
-        diffuseGroup<3>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-      case 2:
-        diffuseGroup<2>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-      default:
-        diffuseGroup<1>(columns, in.get(), errors.get(), sinks, map, colours, shares);
-        break;
-    }
+    groupRunner<MapEntry, Sink>(std::make_index_sequence<kRowsInFlight>())[group - 1](
+        columns, in.get(), errors.get(), sinks, map, colours, shares);
     // The last row's errors are the next group's first.
     if (group == kRowsInFlight) {
       for (std::size_t x = 0; x <= cols; ++x) {
