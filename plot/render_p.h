@@ -50,6 +50,11 @@ struct ColorScale {
   double lo = 0, hi = 1;
   std::vector<double> levels;  // filled contours: band edges
 };
+// The legend of a 2-D axes over its plot box. `drawn` holds the data as
+// drawn, in pixels: line vertices (and points along long segments) and
+// scatter points, which Legend::Best keeps the box off.
+void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const std::vector<Pt>& drawn);
+
 bool colorScaleOf(const Axes::Impl& axes, ColorScale* out);
 void drawColorbar(Renderer& r, const Axes::Impl& axes, const ColorScale& scale, const Box& bar);
 

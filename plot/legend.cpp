@@ -1,0 +1,121 @@
+// The legend of a 2-D axes: a framed box in a corner of the plot box with one
+// row per labelled line or scatter child, a sample of its style and its label.
+#include <algorithm>
+#include <cmath>
+
+#include "plot/render_p.h"
+
+namespace qvgui::plot::detail {
+
+namespace {
+
+constexpr double kInsetPt = 5;     // frame of the plot box to the legend box
+constexpr double kPadPt = 4;       // legend box to its contents
+constexpr double kSamplePt = 24;   // long enough to show one period of dash-dot
+constexpr double kGapPt = 5;       // sample to label
+constexpr double kRowGapPt = 2.5;  // between rows
+constexpr double kTextPt = 9;
+
+struct Row {
+  const Child* child;
+  double height;
+};
+
+bool legendKind(const Child& c) noexcept {
+  return (c.kind == Kind::Line || c.kind == Kind::Scatter) && !c.options.label.empty();
+}
+
+Marker markerOf(const Child& c) noexcept {
+  if (c.kind == Kind::Scatter && c.options.marker == Marker::None) return Marker::Circle;
+  return c.options.marker;
+}
+
+// Points within `margin` of the box count as covered: a legend that touches a
+// curve, or a curve along the frame just beside it, reads as hiding it.
+std::size_t covered(const Box& b, double margin, const std::vector<Pt>& drawn) {
+  std::size_t n = 0;
+  for (const Pt& p : drawn)
+    n += p.x >= b.left - margin && p.x <= b.right + margin && p.y >= b.top - margin &&
+         p.y <= b.bottom + margin;
+  return n;
+}
+
+// The box of a width x height legend in one corner of the plot box.
+Box cornerBox(Legend where, const Box& plot, double width, double height, double inset) {
+  const bool right = where == Legend::UpperRight || where == Legend::LowerRight;
+  const bool upper = where == Legend::UpperRight || where == Legend::UpperLeft;
+  const double left = right ? plot.right - inset - width : plot.left + inset;
+  const double top = upper ? plot.top + inset : plot.bottom - inset - height;
+  return Box{std::round(left), std::round(top), std::round(left + width), std::round(top + height)};
+}
+
+}  // namespace
+
+void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const std::vector<Pt>& drawn) {
+  if (axes.legend == Legend::Off) return;
+  const TextStyle style{kTextPt, false, {0, 0, 0}};
+  const double pad = r.pt(kPadPt);
+  const double sample = r.pt(kSamplePt);
+  const double gap = r.pt(kGapPt);
+  const double rowGap = r.pt(kRowGapPt);
+
+  std::vector<Row> rows;
+  double textWidth = 0;
+  double height = 2 * pad;
+  for (const Child& c : axes.children) {
+    if (!legendKind(c)) continue;
+    const Renderer::Extent e = r.measure(c.options.label, style);
+    const Marker mk = markerOf(c);
+    const double markerPx = mk == Marker::None ? 0 : r.pt(c.options.markerSizePt);
+    const double rowHeight = std::max(e.ascent + e.descent, markerPx);
+    height += rowHeight + (rows.empty() ? 0 : rowGap);
+    textWidth = std::max(textWidth, e.width);
+    rows.push_back(Row{&c, rowHeight});
+  }
+  if (rows.empty()) return;
+  const double width = pad + sample + gap + textWidth + pad;
+  const double inset = r.pt(kInsetPt);
+  if (width + 2 * inset > plot.width() || height + 2 * inset > plot.height()) return;
+
+  Legend where = axes.legend;
+  if (where == Legend::Best) {
+    std::size_t fewest = 0;
+    bool first = true;
+    for (Legend corner : {Legend::UpperRight, Legend::UpperLeft, Legend::LowerLeft, Legend::LowerRight}) {
+      const std::size_t n = covered(cornerBox(corner, plot, width, height, inset), 1.5 * inset, drawn);
+      if (first || n < fewest) {
+        fewest = n;
+        where = corner;
+        first = false;
+      }
+    }
+  }
+  const Box box = cornerBox(where, plot, width, height, inset);
+
+  r.painter.setColor(Rgb{1, 1, 1});
+  r.painter.fillRect(box.left, box.top, box.right, box.bottom);
+  r.painter.setColor(Rgb{0.6, 0.6, 0.6});
+  r.painter.setLine(0.6);
+  r.painter.strokePolygon(
+      {{box.left, box.top}, {box.right, box.top}, {box.right, box.bottom}, {box.left, box.bottom}});
+
+  double y = box.top + pad;
+  for (const Row& row : rows) {
+    const Child& c = *row.child;
+    const double mid = y + row.height / 2;
+    const Pt centre{box.left + pad + sample / 2, mid};
+    if (c.kind == Kind::Line && c.options.style != LineStyle::None) {
+      r.painter.setColor(c.options.color);
+      r.painter.setLine(c.options.widthPt, c.options.style);
+      r.painter.segment({box.left + pad, mid}, {box.left + pad + sample, mid});
+    }
+    // A scatter coloured through the map shows the map's middle colour.
+    const Rgb color = c.kind == Kind::Scatter && !c.c.empty() ? colorAt(axes.map, 0.5) : c.options.color;
+    r.marker(markerOf(c), centre, c.options.markerSizePt, color, c.options.markerFilled);
+    r.label(c.options.label, {box.left + pad + sample + gap, mid}, TEXT_HALIGN_LEFT, TEXT_VALIGN_MIDDLE,
+            style, 0, kLegend);
+    y += row.height + rowGap;
+  }
+}
+
+}  // namespace qvgui::plot::detail
