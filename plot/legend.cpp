@@ -30,13 +30,45 @@ Marker markerOf(const Child& c) noexcept {
   return c.options.marker;
 }
 
-// Points within `margin` of the box count as covered: a legend that touches a
-// curve, or a curve along the frame just beside it, reads as hiding it.
-std::size_t covered(const Box& b, double margin, const std::vector<Pt>& drawn) {
-  std::size_t n = 0;
-  for (const Pt& p : drawn)
-    n += p.x >= b.left - margin && p.x <= b.right + margin && p.y >= b.top - margin &&
-         p.y <= b.bottom + margin;
+// Length of the segment from a to z inside box b (Liang-Barsky).
+double lengthInside(Pt a, Pt z, const Box& b) {
+  const double dx = z.x - a.x;
+  const double dy = z.y - a.y;
+  double t0 = 0;
+  double t1 = 1;
+  const double p[4] = {-dx, dx, -dy, dy};
+  const double q[4] = {a.x - b.left, b.right - a.x, a.y - b.top, b.bottom - a.y};
+  for (int k = 0; k < 4; ++k) {
+    if (p[k] == 0) {
+      if (q[k] < 0) return 0;
+      continue;
+    }
+    const double t = q[k] / p[k];
+    if (p[k] < 0) {
+      t0 = std::max(t0, t);
+    } else {
+      t1 = std::min(t1, t);
+    }
+  }
+  return t1 > t0 ? (t1 - t0) * std::hypot(dx, dy) : 0;
+}
+
+// How much of the data a legend box would hide: one per point or line vertex
+// in it, and one per `step` pixels of line through it, so that a long segment
+// across a corner counts although its ends lie outside. The box is grown by
+// `margin`: a legend that touches a curve, or a curve along the frame just
+// beside it, reads as hiding it.
+double covered(Box b, double margin, double step, const Drawn& drawn) {
+  b = Box{b.left - margin, b.top - margin, b.right + margin, b.bottom + margin};
+  auto in = [&](const Pt& p) { return p.x >= b.left && p.x <= b.right && p.y >= b.top && p.y <= b.bottom; };
+  double n = 0;
+  for (const Pt& p : drawn.points) n += in(p);
+  for (const std::vector<Pt>& run : drawn.runs) {
+    for (std::size_t k = 0; k < run.size(); ++k) {
+      n += in(run[k]);
+      if (k + 1 < run.size()) n += lengthInside(run[k], run[k + 1], b) / step;
+    }
+  }
   return n;
 }
 
@@ -51,7 +83,7 @@ Box cornerBox(Legend where, const Box& plot, double width, double height, double
 
 }  // namespace
 
-void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const std::vector<Pt>& drawn) {
+void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Drawn& drawn) {
   if (axes.legend == Legend::Off) return;
   const TextStyle style{kTextPt, false, {0, 0, 0}};
   const double pad = r.pt(kPadPt);
@@ -79,10 +111,10 @@ void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const std:
 
   Legend where = axes.legend;
   if (where == Legend::Best) {
-    std::size_t fewest = 0;
+    double fewest = 0;
     bool first = true;
     for (Legend corner : {Legend::UpperRight, Legend::UpperLeft, Legend::LowerLeft, Legend::LowerRight}) {
-      const std::size_t n = covered(cornerBox(corner, plot, width, height, inset), 1.5 * inset, drawn);
+      const double n = covered(cornerBox(corner, plot, width, height, inset), 1.5 * inset, r.pt(3), drawn);
       if (first || n < fewest) {
         fewest = n;
         where = corner;

@@ -332,37 +332,22 @@ void drawMarkers(Renderer& r, const Child& c, const Map2D& m, ColorMap map, cons
   }
 }
 
-// Where the lines and scatter points lie in pixels, for a legend to keep off:
-// every drawn vertex and, along long segments, a point every few pixels, so
-// a steep line through a corner counts although its vertices lie outside.
-std::vector<Pt> drawnPoints(const Axes::Impl& axes, const Map2D& m, double step) {
-  std::vector<Pt> out;
+// Where the lines and scatter points lie in pixels, for a legend to keep off.
+Drawn drawnData(const Axes::Impl& axes, const Map2D& m) {
+  Drawn out;
   if (axes.legend == Legend::Off) return out;
   for (const Child& c : axes.children) {
     if (c.kind != Kind::Line && c.kind != Kind::Scatter) continue;
     if (c.kind == Kind::Scatter || c.options.style == LineStyle::None) {
       for (std::size_t k = 0; k < c.x.size(); ++k) {
         const Pt p = m.pixel(c.x[k], c.y[k]);
-        if (std::isfinite(p.x) && std::isfinite(p.y) && m.inside(p)) out.push_back(p);
+        if (std::isfinite(p.x) && std::isfinite(p.y) && m.inside(p)) out.points.push_back(p);
       }
       continue;
     }
     std::vector<Pt> data(c.x.size());
     for (std::size_t k = 0; k < data.size(); ++k) data[k] = Pt{c.x[k], c.y[k]};
-    for (const std::vector<Pt>& run : m.clipPolyline(data)) {
-      for (std::size_t k = 0; k < run.size(); ++k) {
-        out.push_back(run[k]);
-        if (k + 1 == run.size()) break;
-        const double len = std::hypot(run[k + 1].x - run[k].x, run[k + 1].y - run[k].y);
-        // Capped so that a noisy line of many long segments stays cheap.
-        const int n = static_cast<int>(std::min(64.0, std::floor(len / step)));
-        for (int j = 1; j < n; ++j) {
-          const double t = static_cast<double>(j) / n;
-          out.push_back(
-              Pt{run[k].x + t * (run[k + 1].x - run[k].x), run[k].y + t * (run[k + 1].y - run[k].y)});
-        }
-      }
-    }
+    for (std::vector<Pt>& run : m.clipPolyline(data)) out.runs.push_back(std::move(run));
   }
   return out;
 }
@@ -495,7 +480,7 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
     r.label(axes.title, {(plot.left + plot.right) / 2, plot.top - pad}, TEXT_HALIGN_CENTER,
             TEXT_VALIGN_BOTTOM, titleStyle, 0, kTitle);
   }
-  drawLegend(r, axes, plot, drawnPoints(axes, m, r.pt(3)));
+  drawLegend(r, axes, plot, drawnData(axes, m));
   if (bar)
     drawColorbar(r, axes, cs, Box{plot.right + r.pt(10), plot.top, plot.right + r.pt(22), plot.bottom});
 }

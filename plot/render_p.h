@@ -50,10 +50,14 @@ struct ColorScale {
   double lo = 0, hi = 1;
   std::vector<double> levels;  // filled contours: band edges
 };
-// The legend of a 2-D axes over its plot box. `drawn` holds the data as
-// drawn, in pixels: line vertices (and points along long segments) and
-// scatter points, which Legend::Best keeps the box off.
-void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const std::vector<Pt>& drawn);
+// The data of a 2-D axes as drawn, in pixels: visible runs of lines and
+// lone points (scatter, lines of markers only).
+struct Drawn {
+  std::vector<std::vector<Pt>> runs;
+  std::vector<Pt> points;
+};
+// The legend of a 2-D axes over its plot box; Legend::Best keeps it off `drawn`.
+void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Drawn& drawn);
 
 bool colorScaleOf(const Axes::Impl& axes, ColorScale* out);
 void drawColorbar(Renderer& r, const Axes::Impl& axes, const ColorScale& scale, const Box& bar);
