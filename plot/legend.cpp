@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kInsetPt = 5;     // frame of the plot box to the legend box
 constexpr double kPadPt = 4;       // legend box to its contents
-constexpr double kSamplePt = 24;   // long enough to show one period of dash-dot
+constexpr double kSamplePt = 24;   // shortest line sample
 constexpr double kGapPt = 5;       // sample to label
 constexpr double kRowGapPt = 2.5;  // between rows
 constexpr double kTextPt = 9;
@@ -23,6 +23,18 @@ struct Row {
 
 bool legendKind(const Child& c) noexcept {
   return (c.kind == Kind::Line || c.kind == Kind::Scatter) && !c.options.label.empty();
+}
+
+// Length of a line sample that shows two periods of the child's dash pattern.
+// Dash patterns scale with the line width (never below a point's width); a
+// period is about 6.5 widths dashed, 3 dotted and 9 dash-dotted.
+double samplePt(const Child& c) noexcept {
+  if (c.kind != Kind::Line) return kSamplePt;
+  const double period = c.options.style == LineStyle::Dashed    ? 6.5
+                        : c.options.style == LineStyle::Dotted  ? 3
+                        : c.options.style == LineStyle::DashDot ? 9
+                                                                : 0;
+  return std::clamp(2 * period * std::max(c.options.widthPt, 1.0), kSamplePt, 4 * kSamplePt);
 }
 
 Marker markerOf(const Child& c) noexcept {
@@ -87,7 +99,7 @@ void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Draw
   if (axes.legend == Legend::Off) return;
   const TextStyle style{kTextPt, false, {0, 0, 0}};
   const double pad = r.pt(kPadPt);
-  const double sample = r.pt(kSamplePt);
+  double sample = r.pt(kSamplePt);
   const double gap = r.pt(kGapPt);
   const double rowGap = r.pt(kRowGapPt);
 
@@ -99,9 +111,11 @@ void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Draw
     const Renderer::Extent e = r.measure(c.options.label, style);
     const Marker mk = markerOf(c);
     const double markerPx = mk == Marker::None ? 0 : r.pt(c.options.markerSizePt);
-    const double rowHeight = std::max(e.ascent + e.descent, markerPx);
+    const double linePx = c.kind == Kind::Line ? r.pt(c.options.widthPt) : 0;
+    const double rowHeight = std::max({e.ascent + e.descent, markerPx, linePx});
     height += rowHeight + (rows.empty() ? 0 : rowGap);
     textWidth = std::max(textWidth, e.width);
+    sample = std::max(sample, r.pt(samplePt(c)));
     rows.push_back(Row{&c, rowHeight});
   }
   if (rows.empty()) return;
