@@ -78,7 +78,14 @@ double covered(Box b, double margin, double step, const Drawn& drawn) {
   for (const std::vector<Pt>& run : drawn.runs) {
     for (std::size_t k = 0; k < run.size(); ++k) {
       n += in(run[k]);
-      if (k + 1 < run.size()) n += lengthInside(run[k], run[k + 1], b) / step;
+      if (k + 1 == run.size()) break;
+      const Pt& a = run[k];
+      const Pt& z = run[k + 1];
+      // Most segments of a long line lie wholly to one side of a corner box.
+      if (std::max(a.x, z.x) < b.left || std::min(a.x, z.x) > b.right || std::max(a.y, z.y) < b.top ||
+          std::min(a.y, z.y) > b.bottom)
+        continue;
+      n += lengthInside(a, z, b) / step;
     }
   }
   return n;
