@@ -124,6 +124,10 @@ Figure build(const Options& o) {
   int h = 0;
   parseSize(o.size, &w, &h);
   if (!(o.dpi >= 10 && o.dpi <= 2400)) throw InputError("--dpi: must be within 10..2400");
+  if ((!o.legend.empty() || !o.labels.empty()) &&
+      (o.data.empty() || (o.kind != "line" && o.kind != "scatter")))
+    throw InputError(std::string(o.legend.empty() ? "--labels" : "--legend") +
+                     ": only for --kind line or scatter with a data file");
   if (o.data.empty()) return sampleFigure(o.sample.empty() ? "contourf" : o.sample, w, h, o.dpi);
 
   int count = 10;
@@ -250,13 +254,13 @@ int main(int argc, char** argv) {
   app.add_option("--ylabel", o.ylabel, "y axis label");
   app.add_option("--zlabel", o.zlabel, "z axis label (surface)");
   app.add_flag("--no-colorbar", o.noColorbar, "leave out the colour bar");
-  app.add_option("--legend", o.legend,
-                 "legend of a line or scatter plot: best (the emptiest corner), upper-right, upper-left,\n"
-                 "lower-left, lower-right or off")
+  app.add_option(
+         "--legend", o.legend,
+         "legend of a line or scatter plot (best: the emptiest corner); curves are named by --labels,\n"
+         "else by column number")
       ->check(CLI::IsMember({"best", "upper-right", "upper-left", "lower-left", "lower-right", "off"}));
   app.add_option("--labels", o.labels,
-                 "legend labels, one per y column, separated by commas (TeX subset); gives a legend\n"
-                 "at the best place unless --legend says otherwise. Default: the column numbers");
+                 "legend labels, one per y column, comma-separated (TeX subset); implies --legend best");
 
   if (const auto stop = qvgui::tools::parseCommandLine(app, argc, argv, "qvplot")) return *stop;
   try {
