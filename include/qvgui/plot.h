@@ -84,9 +84,10 @@ struct LineOptions {
 };
 
 // Where an axes' legend goes: a corner inside the plot box, or Best, the
-// corner whose box covers the fewest line vertices and scatter points as
-// drawn (ties go to upper right, upper left, lower left, lower right, in that
-// order). Off is the default.
+// corner whose box (and a few points around it) covers the least of the data
+// as drawn: scatter points, line vertices and the length of line through it.
+// Ties go to upper right, upper left, lower left, lower right, in that order.
+// Off is the default.
 enum class Legend { Best, UpperRight, UpperLeft, LowerLeft, LowerRight, Off };
 
 // Every plotting call validates its input and throws std::invalid_argument
