@@ -155,6 +155,13 @@ void Axes::colorbar(const std::string& label) {
   impl_->colorbarLabel = label;
 }
 
+void Axes::legend(Legend where) {
+  if (static_cast<int>(where) < static_cast<int>(Legend::Best) ||
+      static_cast<int>(where) > static_cast<int>(Legend::Off))
+    reject("legend: unknown place " + std::to_string(static_cast<int>(where)));
+  impl_->legend = where;
+}
+
 void Axes::setTitle(std::string text) { impl_->title = std::move(text); }
 void Axes::setXLabel(std::string text) { impl_->desc.axis[0].label = std::move(text); }
 void Axes::setYLabel(std::string text) { impl_->desc.axis[1].label = std::move(text); }

@@ -158,6 +158,7 @@ struct Axes::Impl {
   bool grid = false;
   bool colorbar = false;
   std::string colorbarLabel;
+  Legend legend = Legend::Off;
   double azimuth = -37.5;
   double elevation = 30;
 };

@@ -308,13 +308,17 @@ void drawContour(Renderer& r, const Child& c, const Map2D& m, ColorMap map, bool
   }
 }
 
-void drawLine(Renderer& r, const Child& c, const Map2D& m) {
+// The drawn runs go to `keep` when a legend needs to know where they lie.
+void drawLine(Renderer& r, const Child& c, const Map2D& m, Drawn* keep) {
   if (c.kind != Kind::Line || c.options.style == LineStyle::None) return;
   std::vector<Pt> data(c.x.size());
   for (std::size_t k = 0; k < data.size(); ++k) data[k] = Pt{c.x[k], c.y[k]};
   r.painter.setColor(c.options.color);
   r.painter.setLine(c.options.widthPt, c.options.style);
-  for (const std::vector<Pt>& run : m.clipPolyline(data)) r.painter.polyline(run);
+  for (std::vector<Pt>& run : m.clipPolyline(data)) {
+    r.painter.polyline(run);
+    if (keep != nullptr) keep->runs.push_back(std::move(run));
+  }
 }
 
 // Markers are drawn whole, outside the plot box's clip, wherever their centre
@@ -329,6 +333,18 @@ void drawMarkers(Renderer& r, const Child& c, const Map2D& m, ColorMap map, cons
     if (!std::isfinite(p.x) || !std::isfinite(p.y) || !m.inside(p)) continue;
     const Rgb color = c.c.empty() ? c.options.color : colorAt(map, (c.c[k] - cs.lo) / span);
     r.marker(mk, p, c.options.markerSizePt, color, c.options.markerFilled);
+  }
+}
+
+// Where scatter points and the vertices of marker-only lines lie in pixels,
+// for a legend to keep off.
+void keepPoints(const Axes::Impl& axes, const Map2D& m, Drawn* keep) {
+  for (const Child& c : axes.children) {
+    if (c.kind != Kind::Scatter && !(c.kind == Kind::Line && c.options.style == LineStyle::None)) continue;
+    for (std::size_t k = 0; k < c.x.size(); ++k) {
+      const Pt p = m.pixel(c.x[k], c.y[k]);
+      if (std::isfinite(p.x) && std::isfinite(p.y) && m.inside(p)) keep->points.push_back(p);
+    }
   }
 }
 
@@ -398,6 +414,8 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
     for (double t : d.axis[kYAxis].ticks) r.painter.segment({plot.left, m.py(t)}, {plot.right, m.py(t)});
   }
   r.painter.clip(plot.left, plot.top, plot.right, plot.bottom);
+  Drawn drawn;
+  Drawn* keep = axes.legend == Legend::Off ? nullptr : &drawn;
   bool hasFill = false;
   for (const Child& c : axes.children) hasFill = hasFill || c.kind == Kind::Filled || c.kind == Kind::Image;
   for (Kind pass : {Kind::Image, Kind::Filled, Kind::Contour, Kind::Line}) {
@@ -414,7 +432,7 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
           drawContour(r, c, m, axes.map, hasFill, cs, plot);
           break;
         default:
-          drawLine(r, c, m);
+          drawLine(r, c, m, keep);
           break;
       }
     }
@@ -459,6 +477,10 @@ void drawAxes2D(Renderer& r, Axes::Impl& axes, const Box& cell) {
   if (!axes.title.empty()) {
     r.label(axes.title, {(plot.left + plot.right) / 2, plot.top - pad}, TEXT_HALIGN_CENTER,
             TEXT_VALIGN_BOTTOM, titleStyle, 0, kTitle);
+  }
+  if (keep != nullptr) {
+    keepPoints(axes, m, keep);
+    drawLegend(r, axes, plot, drawn);
   }
   if (bar)
     drawColorbar(r, axes, cs, Box{plot.right + r.pt(10), plot.top, plot.right + r.pt(22), plot.bottom});

@@ -50,6 +50,15 @@ struct ColorScale {
   double lo = 0, hi = 1;
   std::vector<double> levels;  // filled contours: band edges
 };
+// The data of a 2-D axes as drawn, in pixels: visible runs of lines and
+// lone points (scatter, lines of markers only).
+struct Drawn {
+  std::vector<std::vector<Pt>> runs;
+  std::vector<Pt> points;
+};
+// The legend of a 2-D axes over its plot box; Legend::Best keeps it off `drawn`.
+void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Drawn& drawn);
+
 bool colorScaleOf(const Axes::Impl& axes, ColorScale* out);
 void drawColorbar(Renderer& r, const Axes::Impl& axes, const ColorScale& scale, const Box& bar);
 

@@ -67,6 +67,7 @@ void linesSample(Figure& f) {
   const double cutoffs[3] = {30, 300, 3000};
   const Rgb colors[3] = {{0.0, 0.447, 0.741}, {0.85, 0.325, 0.098}, {0.466, 0.674, 0.188}};
   const Marker markers[3] = {Marker::Circle, Marker::Square, Marker::TriangleUp};
+  const char* labels[3] = {"f_c = 30 Hz", "f_c = 300 Hz", "f_c = 3000 Hz"};
   for (int k = 0; k < 3; ++k) {
     std::vector<double> gain(freq.size());
     for (std::size_t i = 0; i < freq.size(); ++i) {
@@ -77,12 +78,14 @@ void linesSample(Figure& f) {
     o.color = colors[k];
     o.marker = markers[k];
     o.markerSizePt = 5;
+    o.label = labels[k];
     ax.plot(freq, gain, o);
   }
+  ax.legend();
   ax.setXScale(Scale::Log);
   ax.setYScale(Scale::Log);
   ax.setGrid(true);
-  ax.setTitle("First-order low-pass, f_c = 30, 300, 3000 Hz");
+  ax.setTitle("First-order low-pass filters");
   ax.setXLabel("frequency f (Hz)");
   ax.setYLabel("|H(f)|^2 = 1/(1 + (f/f_c)^2)");
 }

@@ -51,7 +51,36 @@ struct Options {
   bool logx = false, logy = false, logz = false;
   std::string title, xlabel, ylabel, zlabel;
   bool noColorbar = false;
+  std::string legend;
+  std::string labels;
 };
+
+// Comma-separated labels, one per curve; none given: the file's column
+// numbers, so that a legend asked for still tells the curves apart.
+std::vector<std::string> curveLabels(const std::string& given, std::size_t curves, std::size_t firstColumn) {
+  std::vector<std::string> out;
+  if (given.empty()) {
+    for (std::size_t k = 0; k < curves; ++k) out.push_back("column " + std::to_string(firstColumn + k));
+    return out;
+  }
+  std::stringstream in(given);
+  std::string cell;
+  while (std::getline(in, cell, ',')) out.push_back(cell);
+  if (given.back() == ',') out.emplace_back();
+  if (out.size() != curves)
+    throw InputError("--labels: expected " + std::to_string(curves) + " (one per curve), got " +
+                     std::to_string(out.size()));
+  return out;
+}
+
+Legend legendByName(const std::string& name) {
+  if (name == "upper-right") return Legend::UpperRight;
+  if (name == "upper-left") return Legend::UpperLeft;
+  if (name == "lower-left") return Legend::LowerLeft;
+  if (name == "lower-right") return Legend::LowerRight;
+  if (name == "off") return Legend::Off;
+  return Legend::Best;
+}
 
 void parseSize(const std::string& s, int* w, int* h) {
   int a = 0;
@@ -95,6 +124,10 @@ Figure build(const Options& o) {
   int h = 0;
   parseSize(o.size, &w, &h);
   if (!(o.dpi >= 10 && o.dpi <= 2400)) throw InputError("--dpi: must be within 10..2400");
+  if ((!o.legend.empty() || !o.labels.empty()) &&
+      (o.data.empty() || (o.kind != "line" && o.kind != "scatter")))
+    throw InputError(std::string(o.legend.empty() ? "--labels" : "--legend") +
+                     ": only for --kind line or scatter with a data file");
   if (o.data.empty()) return sampleFigure(o.sample.empty() ? "contourf" : o.sample, w, h, o.dpi);
 
   int count = 10;
@@ -150,6 +183,11 @@ Figure build(const Options& o) {
     }
     std::vector<double> x;
     for (const auto& row : t.rows) x.push_back(row[0]);
+    const bool legend = !o.legend.empty() || !o.labels.empty();
+    const std::size_t curves = kind == "line" ? t.columns() - 1 : 1;
+    const std::vector<std::string> labels =
+        legend ? curveLabels(o.labels, curves, 2) : std::vector<std::string>(curves);
+    if (legend) ax.legend(o.legend.empty() ? Legend::Best : legendByName(o.legend));
     if (kind == "line") {
       for (std::size_t c = 1; c < t.columns(); ++c) {
         std::vector<double> y;
@@ -158,6 +196,7 @@ Figure build(const Options& o) {
         const Rgb palette[4] = {
             {0.0, 0.447, 0.741}, {0.85, 0.325, 0.098}, {0.466, 0.674, 0.188}, {0.494, 0.184, 0.556}};
         opt.color = palette[(c - 1) % 4];
+        opt.label = labels[c - 1];
         ax.plot(x, y, opt);
       }
     } else {
@@ -167,7 +206,9 @@ Figure build(const Options& o) {
         y.push_back(row[1]);
         if (t.columns() > 2) c.push_back(row[2]);
       }
-      ax.scatter(x, y, c);
+      LineOptions opt;
+      opt.label = labels[0];
+      ax.scatter(x, y, c, opt);
       if (!c.empty() && !o.noColorbar) ax.colorbar();
     }
   } else {
@@ -213,6 +254,13 @@ int main(int argc, char** argv) {
   app.add_option("--ylabel", o.ylabel, "y axis label");
   app.add_option("--zlabel", o.zlabel, "z axis label (surface)");
   app.add_flag("--no-colorbar", o.noColorbar, "leave out the colour bar");
+  app.add_option(
+         "--legend", o.legend,
+         "legend of a line or scatter plot (best: the emptiest corner); curves are named by --labels,\n"
+         "else by column number")
+      ->check(CLI::IsMember({"best", "upper-right", "upper-left", "lower-left", "lower-right", "off"}));
+  app.add_option("--labels", o.labels,
+                 "legend labels, one per y column, comma-separated (TeX subset); implies --legend best");
 
   if (const auto stop = qvgui::tools::parseCommandLine(app, argc, argv, "qvplot")) return *stop;
   try {

@@ -78,7 +78,17 @@ struct LineOptions {
   Marker marker = Marker::None;
   double markerSizePt = 6;
   bool markerFilled = true;
+  // The child's row in the legend (TeX subset, as titles); empty keeps the
+  // child out of the legend.
+  std::string label;
 };
+
+// Where an axes' legend goes: a corner inside the plot box, or Best, the
+// corner whose box (and a few points around it) covers the least of the data
+// as drawn: scatter points, line vertices and the length of line through it.
+// Ties go to upper right, upper left, lower left, lower right, in that order.
+// Off is the default.
+enum class Legend { Best, UpperRight, UpperLeft, LowerLeft, LowerRight, Off };
 
 // Every plotting call validates its input and throws std::invalid_argument
 // (naming the argument and what is wrong) before anything is stored, so a
@@ -108,6 +118,10 @@ class QVGUI_PLOT_API Axes {
   // A colour bar beside the axes for the last coloured child (image, contour,
   // filled contour, surface or coloured scatter).
   void colorbar(const std::string& label = {});
+  // A legend with one row per labelled line or scatter child, in the order
+  // they were added; Legend::Off removes it. 2-D axes only: 3-D axes ignore
+  // it. A legend that does not fit inside the plot box is left out.
+  void legend(Legend where = Legend::Best);
 
   // ---- Decoration ----
   // Titles and labels accept a TeX subset: ^{..} and _{..} (or one character),
@@ -145,7 +159,14 @@ struct TextBox {
   double left = 0, top = 0, right = 0, bottom = 0;
   int role = 0;  // TextRole
 };
-enum TextRole : int { kTickLabel = 0, kAxisLabel = 1, kTitle = 2, kColorbarLabel = 3, kContourLabel = 4 };
+enum TextRole : int {
+  kTickLabel = 0,
+  kAxisLabel = 1,
+  kTitle = 2,
+  kColorbarLabel = 3,
+  kContourLabel = 4,
+  kLegend = 5
+};
 
 class QVGUI_PLOT_API Figure {
  public:
@@ -182,7 +203,7 @@ class QVGUI_PLOT_API Figure {
 
 // The figures the library shows itself with: "contourf" (filled contours
 // with lines and a colour bar), "surface" (a lit 3-D surface) and "lines"
-// (logarithmic axes, markers and TeX labels). Throws std::invalid_argument
+// (logarithmic axes, markers, TeX labels and a legend). Throws std::invalid_argument
 // for another name.
 [[nodiscard]] QVGUI_PLOT_API Figure sampleFigure(const std::string& name, int widthPx = 800,
                                                  int heightPx = 600, double dpi = 100);
