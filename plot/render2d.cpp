@@ -267,6 +267,37 @@ bool placeLabel(const std::vector<Pt>& run, double width, double height, const B
   return freest > 3 * width;
 }
 
+// The parts of a polyline outside the circle about c of radius r, cut
+// exactly where they cross it.
+std::vector<std::vector<Pt>> outsideCircle(const std::vector<Pt>& run, Pt c, double r) {
+  std::vector<std::vector<Pt>> parts;
+  std::vector<Pt> piece;
+  const auto flush = [&] {
+    if (piece.size() >= 2) parts.push_back(piece);
+    piece.clear();
+  };
+  if (!run.empty()) piece.push_back(run[0]);
+  for (std::size_t k = 1; k < run.size(); ++k) {
+    const Pt p = run[k - 1], q = run[k];
+    const double dx = q.x - p.x, dy = q.y - p.y, fx = p.x - c.x, fy = p.y - c.y;
+    // |f + t d|^2 = r^2: the segment is inside between the roots.
+    const double a = dx * dx + dy * dy, half = fx * dx + fy * dy, rest = fx * fx + fy * fy - r * r;
+    const double disc = half * half - a * rest;
+    const double root = disc > 0 ? std::sqrt(disc) : 0;
+    const double t0 = a > 0 ? std::max(0.0, (-half - root) / a) : 0;
+    const double t1 = a > 0 ? std::min(1.0, (-half + root) / a) : 0;
+    if (a == 0 || disc <= 0 || t0 >= t1) {
+      if (rest >= 0) piece.push_back(q);  // wholly outside
+      continue;
+    }
+    if (t0 > 0) piece.push_back(Pt{p.x + t0 * dx, p.y + t0 * dy});
+    flush();
+    if (t1 < 1) piece = {Pt{p.x + t1 * dx, p.y + t1 * dy}, q};
+  }
+  flush();
+  return parts;
+}
+
 void drawContour(Renderer& r, const Child& c, const Map2D& m, ColorMap map, bool overFill,
                  const ColorScale& cs, const Box& plot) {
   const std::vector<IsoLine> lines = traceContours(c.grid, c.levels);
@@ -286,22 +317,11 @@ void drawContour(Renderer& r, const Child& c, const Map2D& m, ColorMap map, bool
         r.painter.polyline(run);
         continue;
       }
-      // The line breaks around its label.
+      // The line breaks on a circle about the label that clears its corners
+      // whichever way the line runs.
       const Pt centre = run[at];
-      const double gap = e.width / 2 + r.pt(2);
-      std::vector<Pt> piece;
-      auto flush = [&]() {
-        if (piece.size() >= 2) r.painter.polyline(piece);
-        piece.clear();
-      };
-      for (const Pt& p : run) {
-        if (std::hypot(p.x - centre.x, p.y - centre.y) < gap) {
-          flush();
-        } else {
-          piece.push_back(p);
-        }
-      }
-      flush();
+      const double clear = std::hypot(e.width / 2, (e.ascent + e.descent) / 2) + r.pt(1.5);
+      for (const std::vector<Pt>& piece : outsideCircle(run, centre, clear)) r.painter.polyline(piece);
       placed.push_back(centre);
       r.label(text, centre, TEXT_HALIGN_CENTER, TEXT_VALIGN_MIDDLE, labelStyle, 0, kContourLabel);
     }
