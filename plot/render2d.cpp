@@ -14,6 +14,35 @@ using namespace gui_objects;
 using tickpicker::kXAxis;
 using tickpicker::kYAxis;
 
+std::vector<std::vector<Pt>> outsideCircle(const std::vector<Pt>& run, Pt c, double r) {
+  std::vector<std::vector<Pt>> parts;
+  std::vector<Pt> piece;
+  const auto flush = [&] {
+    if (piece.size() >= 2) parts.push_back(piece);
+    piece.clear();
+  };
+  if (!run.empty()) piece.push_back(run[0]);
+  for (std::size_t k = 1; k < run.size(); ++k) {
+    const Pt p = run[k - 1], q = run[k];
+    const double dx = q.x - p.x, dy = q.y - p.y, fx = p.x - c.x, fy = p.y - c.y;
+    // |f + t d|^2 = r^2: the segment is inside between the roots.
+    const double a = dx * dx + dy * dy, half = fx * dx + fy * dy, rest = fx * fx + fy * fy - r * r;
+    const double disc = half * half - a * rest;
+    const double root = disc > 0 ? std::sqrt(disc) : 0;
+    const double t0 = a > 0 ? std::max(0.0, (-half - root) / a) : 0;
+    const double t1 = a > 0 ? std::min(1.0, (-half + root) / a) : 0;
+    if (a == 0 || disc <= 0 || t0 >= t1) {
+      if (rest >= 0) piece.push_back(q);  // wholly outside
+      continue;
+    }
+    if (t0 > 0) piece.push_back(Pt{p.x + t0 * dx, p.y + t0 * dy});
+    flush();
+    if (t1 < 1) piece = {Pt{p.x + t1 * dx, p.y + t1 * dy}, q};
+  }
+  flush();
+  return parts;
+}
+
 namespace {
 
 constexpr double kTickLenPt = 3.5;
@@ -265,37 +294,6 @@ bool placeLabel(const std::vector<Pt>& run, double width, double height, const B
   if (best >= 0) return true;
   *at = freestAt;
   return freest > 3 * width;
-}
-
-// The parts of a polyline outside the circle about c of radius r, cut
-// exactly where they cross it.
-std::vector<std::vector<Pt>> outsideCircle(const std::vector<Pt>& run, Pt c, double r) {
-  std::vector<std::vector<Pt>> parts;
-  std::vector<Pt> piece;
-  const auto flush = [&] {
-    if (piece.size() >= 2) parts.push_back(piece);
-    piece.clear();
-  };
-  if (!run.empty()) piece.push_back(run[0]);
-  for (std::size_t k = 1; k < run.size(); ++k) {
-    const Pt p = run[k - 1], q = run[k];
-    const double dx = q.x - p.x, dy = q.y - p.y, fx = p.x - c.x, fy = p.y - c.y;
-    // |f + t d|^2 = r^2: the segment is inside between the roots.
-    const double a = dx * dx + dy * dy, half = fx * dx + fy * dy, rest = fx * fx + fy * fy - r * r;
-    const double disc = half * half - a * rest;
-    const double root = disc > 0 ? std::sqrt(disc) : 0;
-    const double t0 = a > 0 ? std::max(0.0, (-half - root) / a) : 0;
-    const double t1 = a > 0 ? std::min(1.0, (-half + root) / a) : 0;
-    if (a == 0 || disc <= 0 || t0 >= t1) {
-      if (rest >= 0) piece.push_back(q);  // wholly outside
-      continue;
-    }
-    if (t0 > 0) piece.push_back(Pt{p.x + t0 * dx, p.y + t0 * dy});
-    flush();
-    if (t1 < 1) piece = {Pt{p.x + t1 * dx, p.y + t1 * dy}, q};
-  }
-  flush();
-  return parts;
 }
 
 void drawContour(Renderer& r, const Child& c, const Map2D& m, ColorMap map, bool overFill,

@@ -62,4 +62,9 @@ void drawLegend(Renderer& r, const Axes::Impl& axes, const Box& plot, const Draw
 bool colorScaleOf(const Axes::Impl& axes, ColorScale* out);
 void drawColorbar(Renderer& r, const Axes::Impl& axes, const ColorScale& scale, const Box& bar);
 
+// The parts of a polyline outside the circle about c of radius r, cut
+// exactly where they cross it (contour lines break so around their labels).
+[[nodiscard]] QVGUI_PLOT_API std::vector<std::vector<Pt>> outsideCircle(const std::vector<Pt>& run, Pt c,
+                                                                        double r);
+
 }  // namespace qvgui::plot::detail

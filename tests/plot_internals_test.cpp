@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "plot/plot_p.h"
+#include "plot/render_p.h"
 #include "qvgui/dataspace.h"
 
 namespace {
@@ -121,6 +122,47 @@ TEST(PlotContours, NiceLevelsStayInsideTheDataAscending) {
   }
   EXPECT_EQ(niceLevels({1.0, 1.0}, 5), std::vector<double>{1.0});
   EXPECT_TRUE(niceLevels({std::nan("")}, 5).empty());
+}
+
+// Against dense sampling: the pieces hold exactly the length of the line
+// that lies outside the circle, and nothing of what lies inside.
+TEST(PlotContours, LineBreaksExactlyOnTheLabelCircle) {
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> coord(-10, 10);
+  const auto length = [](const std::vector<Pt>& run) {
+    double sum = 0;
+    for (std::size_t k = 1; k < run.size(); ++k)
+      sum += std::hypot(run[k].x - run[k - 1].x, run[k].y - run[k - 1].y);
+    return sum;
+  };
+  for (int trial = 0; trial < 300; ++trial) {
+    std::vector<Pt> run(1 + rng() % 8);
+    for (Pt& p : run) p = {coord(rng), coord(rng)};
+    if (trial % 5 == 0 && run.size() > 2) run[1] = run[2];  // a repeated vertex
+    const Pt c{coord(rng) / 2, coord(rng) / 2};
+    const double r = 1 + std::abs(coord(rng)) / 2;
+    double outside = 0;
+    for (std::size_t k = 1; k < run.size(); ++k) {
+      constexpr int kSteps = 20000;
+      const double seg = std::hypot(run[k].x - run[k - 1].x, run[k].y - run[k - 1].y);
+      for (int i = 0; i < kSteps; ++i) {
+        const double t = (i + 0.5) / kSteps;
+        const double x = run[k - 1].x + t * (run[k].x - run[k - 1].x),
+                     y = run[k - 1].y + t * (run[k].y - run[k - 1].y);
+        if (std::hypot(x - c.x, y - c.y) > r) outside += seg / kSteps;
+      }
+    }
+    double kept = 0;
+    for (const std::vector<Pt>& piece : outsideCircle(run, c, r)) {
+      ASSERT_GE(piece.size(), 2u);
+      for (std::size_t k = 1; k < piece.size(); ++k) {
+        const Pt mid{(piece[k].x + piece[k - 1].x) / 2, (piece[k].y + piece[k - 1].y) / 2};
+        EXPECT_GE(std::hypot(mid.x - c.x, mid.y - c.y), r - 1e-9) << "trial " << trial;
+      }
+      kept += length(piece);
+    }
+    EXPECT_NEAR(kept, outside, 1e-3 * (1 + length(run))) << "trial " << trial;
+  }
 }
 
 TEST(PlotTicks, LabelsByTable) {
