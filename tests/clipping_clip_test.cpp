@@ -357,28 +357,7 @@ TEST(ClipPolygon, RandomPolygonsMatchEuclideanReference) {
 
 // ---- Lines and strips ----------------------------------------------------------------
 
-TEST(ClipLine, HandPickedCases) {
-  struct Case {
-    const char* label;
-    Point4d a, b;
-    std::size_t size;
-    Point3d first, second;
-  };
-  const Case cases[] = {
-      {"inside to outside", {0, 0, 0, 1}, {2, 0, 0, 1}, 2, {0, 0, 0}, {1, 0, 0}},
-      {"outside to inside", {0, 4, 0, 2}, {0, 0, 0, 2}, 2, {0, 1, 0}, {0, 0, 0}},
-      {"through the volume", {-3, 0, 0, 1}, {3, 0, 0, 1}, 2, {-1, 0, 0}, {1, 0, 0}},
-      {"passing a corner", {0, 3, 0, 1}, {3, 0, 0, 1}, 0, {}, {}},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    VertexVector line = make({c.a, c.b});
-    const VertexVector out = clip_line(line, nullptr);
-    ASSERT_EQ(out.getSize(), c.size);
-    if (c.size == 0) continue;
-    EXPECT_TRUE(nearlyEqual(out.getProjectedVertices()[0], c.first)) << out;
-    EXPECT_TRUE(nearlyEqual(out.getProjectedVertices()[1], c.second)) << out;
-  }
+TEST(ClipLine, ExactStartAndOnlyTheFirstTwoVertices) {
   // The re-interpolated start at t = 0 is the start itself.
   VertexVector leaving = make({{0.25, 0.5, 0, 1}, {3, 0, 0, 1}});
   EXPECT_EQ(clip_line(leaving, nullptr).getVertices()[0], Point4d(0.25, 0.5, 0, 1));
@@ -411,25 +390,7 @@ TEST(ClipLine, RandomLinesMatchSampledLength) {
   EXPECT_GT(visible, 100);
 }
 
-TEST(ClipLinestrip, RunsFollowTheVisibleStretches) {
-  // In, out to the right, back in, out at the top, in again and along.
-  VertexVector strip = make({{0, 0, 0, 1},
-                             {0.5, 0, 0, 1},
-                             {3, 0, 0, 1},
-                             {0.5, 0.5, 0, 1},
-                             {0, 0.25, 0, 1},
-                             {0, 5, 0, 1},
-                             {-0.5, 0, 0, 1},
-                             {-0.5, -0.5, 0, 1}});
-  const std::vector<VertexVector> runs = clip_linestrip(strip, nullptr);
-  ASSERT_EQ(runs.size(), 3u);
-  EXPECT_EQ(runs[0].getSize(), 3u);  // 0, 0.5, boundary
-  EXPECT_EQ(runs[1].getSize(), 4u);  // boundary, two inside vertices, boundary
-  EXPECT_EQ(runs[2].getSize(), 3u);  // boundary, two inside vertices
-  EXPECT_TRUE(nearlyEqual(runs[0].getProjectedVertices()[2], Point3d(1, 0, 0)));
-  EXPECT_TRUE(nearlyEqual(runs[1].getProjectedVertices()[3], Point3d(0, 1, 0)));
-  EXPECT_TRUE(nearlyEqual(runs[2].getProjectedVertices()[2], Point3d(-0.5, -0.5, 0)));
-
+TEST(ClipLinestrip, WholeAndTooShortStrips) {
   VertexVector allIn = make({{0, 0, 0, 1}, {0.1, 0, 0, 1}, {0.2, 0.3, 0, 1}});
   const std::vector<VertexVector> one = clip_linestrip(allIn, nullptr);
   ASSERT_EQ(one.size(), 1u);
@@ -454,7 +415,7 @@ TEST(ClipLinestrip, RandomStripsAgreeWithSegmentClipping) {
     // Reference: each segment clipped on its own; a new run starts unless the
     // previous visible piece ended where this one starts, at an inside vertex.
     double refLength = 0.0;
-    std::size_t refRuns = 0;
+    std::vector<std::size_t> refSizes;  // vertices per run
     bool open = false;
     for (int k = 0; k + 1 < n; ++k) {
       VertexVector seg = make({pts[k], pts[k + 1]}, user.data());
@@ -465,18 +426,23 @@ TEST(ClipLinestrip, RandomStripsAgreeWithSegmentClipping) {
       }
       refLength += piece.getProjectedVertices()[0].distance(piece.getProjectedVertices()[1]);
       const bool continues = open && seg.getOutcode(0) == 0;
-      if (!continues) ++refRuns;
+      if (continues) {
+        ++refSizes.back();
+      } else {
+        refSizes.push_back(2);
+      }
       open = seg.getOutcode(1) == 0;
     }
     double runLength = 0.0;
+    std::vector<std::size_t> sizes;
     for (const VertexVector& run : runs) {
-      ASSERT_GE(run.getSize(), 2u);
+      sizes.push_back(run.getSize());
       expectValidOutput(run, user);
       for (std::size_t k = 0; k + 1 < run.getSize(); ++k)
         runLength += run.getProjectedVertices()[k].distance(run.getProjectedVertices()[k + 1]);
     }
     SCOPED_TRACE(::testing::Message() << "strip " << strip);
-    EXPECT_EQ(runs.size(), refRuns);
+    EXPECT_EQ(sizes, refSizes);
     EXPECT_NEAR(runLength, refLength, 1e-9 * (1.0 + refLength));
   }
 }
