@@ -59,14 +59,8 @@ TEST(HostUtil, OverflowingAndImpossibleRequestsRaiseOutOfMemory) {
 
 // ---- Tolerance ------------------------------------------------------------------------
 
-// 1e10 lies in [2^33, 2^34): one ulp there is 2^-19, and 4 * DBL_EPSILON * 1e10
-// covers 4.66 of them.
-double ulpsAway(double x, int n) {
-  for (int i = 0; i < n; ++i) x = std::nextafter(x, -std::numeric_limits<double>::infinity());
-  return x;
-}
-
-TEST(HostUtil, EqualWithinEpsTable) {
+// The boundary itself is inside; non-finite values equal only themselves.
+TEST(HostUtil, EqualWithinEpsBoundaryAndNonFinite) {
   const double inf = std::numeric_limits<double>::infinity();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   struct Row {
@@ -76,13 +70,8 @@ TEST(HostUtil, EqualWithinEpsTable) {
   };
   const Row rows[] = {
       {"identical", 3.5, 3.5, true},
-      {"4 ulps at 1", 1.0, 1.0 + 4 * DBL_EPSILON, true},
-      {"5 ulps at 1", 1.0, 1.0 + 5 * DBL_EPSILON, false},
       {"absolute near zero", 0.0, 4 * DBL_EPSILON, true},
       {"just beyond absolute", 0.0, 4.5 * DBL_EPSILON, false},
-      {"relative at 1e10", 1e10, 1e10 * (1 + 3 * DBL_EPSILON), true},
-      {"4 ulps at -1e10", -1e10, ulpsAway(-1e10, 4), true},
-      {"5 ulps at -1e10", -1e10, ulpsAway(-1e10, 5), false},
       {"opposite signs", 1e-300, -1e-300, true},
       {"infinity equals itself", inf, inf, true},
       {"opposite infinities", inf, -inf, false},
