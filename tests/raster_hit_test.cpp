@@ -73,31 +73,11 @@ TEST(RasterHit, PolygonMatchesBruteForceRayCast) {
   }
 }
 
-TEST(RasterHit, PolygonEdgeCases) {
-  Poly square{{{0, 0}, {10, 0}, {10, 10}, {0, 10}}};
-  Poly tiny{{{0, 0}, {2, 0}, {2, 2}, {0, 2}}};  // grown box 4 x 4
+// Random polygons have no missing vertices: a gap in the ring is skipped.
+TEST(RasterHit, PolygonSkipsMissingVertices) {
   Poly holed{{{0, 0}, {kMissing, 5}, {10, 0}, {10, 10}, {0, 10}}};
-  struct Case {
-    const char* label;
-    Poly* poly;
-    qvpoint32 pt;
-    bool hit;
-  };
-  const Case cases[] = {
-      {"top edge row: its vertices count as below", &square, {5, 0}, true},
-      {"bottom edge row", &square, {5, 10}, false},
-      {"left edge", &square, {0, 5}, true},
-      {"right edge", &square, {10, 5}, false},
-      {"inside the grown box only", &square, {-1, 5}, false},
-      {"tiny polygon: anywhere in the grown box", &tiny, {-1, -1}, true},
-      {"tiny polygon: outside the grown box", &tiny, {4, 1}, false},
-      {"missing vertices are skipped", &holed, {5, 5}, true},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.label);
-    Polygon2 v = c.poly->view();
-    EXPECT_EQ(geoPtInPolygon(c.pt, 1, &v), c.hit);
-  }
+  Polygon2 v = holed.view();
+  EXPECT_TRUE(geoPtInPolygon({5, 5}, 1, &v));
 }
 
 TEST(RasterHit, CircleIncludesItsBoundaryTheOvalDoesNot) {
