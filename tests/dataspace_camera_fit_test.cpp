@@ -267,7 +267,6 @@ TEST(CameraFitting, UnframeableInputThrowsAndPublishesNothing) {
       {"zero up vector", cube, rect, eye, Vector3d(0, 0, 0), 30, true},
   };
   // clang-format on
-  // clang-format on
   for (const Case& c : cases) {
     SCOPED_TRACE(c.label);
     FakeViewport vp;
