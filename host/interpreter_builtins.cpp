@@ -357,6 +357,9 @@ std::string convert(char conv, const std::string& flags, const std::string& prec
       }
       return qvhost::format(("%" + flags + precision + "e").c_str(), v);
     case 'c': {
+      // A value that is no UTF-16 code unit prints as a number, as %d does
+      // for a value that is no integer.
+      if (!(v >= 0 && v < 65536)) return qvhost::format(("%" + flags + precision + "e").c_str(), v);
       const std::u16string unit(1, static_cast<char16_t>(v));
       return withString(utUTF16ToUTF8(unit));
     }

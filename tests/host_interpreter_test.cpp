@@ -178,6 +178,8 @@ TEST_F(HostInterpreter, ErrorWithAndWithoutIdentifier) {
       {"error('x %d y %d', 1)", "", "x 1 y "},
       {"error('%d', 1.5)", "", "1.500000e+00"},
       {"error('%5.1f|%-4d|%s', 2.25, 7, 'z')", "", "  2.2|7   |z"},
+      // %c of a value that is no code unit (once undefined behaviour).
+      {"error('%c|%c|%c', 65, -65533, 70000)", "", "A|-6.553300e+04|7.000000e+04"},
   };
   for (const Row& r : rows) {
     SCOPED_TRACE(r.code);
