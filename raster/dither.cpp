@@ -111,19 +111,21 @@ std::int32_t saturate(double x) {
 struct Channel {
   std::int32_t shift;
   std::uint32_t max;
-  ZrBuffer<std::int32_t> scale;  // value -> 8-bit (unclamped); null for wide channels
+  ZrBuffer<std::int32_t> scale;  // value -> 8-bit (unclamped); null when not worth a table
   double factor;
 };
 
 constexpr std::uint32_t kWidestTable = 1u << 16;
 
-Channel channel(double max, std::int32_t shift) {
+// A scale table only pays when the image has more pixels than the table has
+// entries; a small image on a deep display scales each pixel as it comes.
+Channel channel(double max, std::int32_t shift, std::size_t pixels) {
   Channel c;
   c.shift = shift < 0 ? 0 : (shift > 31 ? 31 : shift);
   c.max = max >= 1.0 && max < 4294967296.0 ? static_cast<std::uint32_t>(max) : 0u;
   // Deliberately max - 1: the top value lands above 255 and is clamped.
   c.factor = 255.5 / (max - 1.0);
-  if (c.max < kWidestTable) {
+  if (c.max < kWidestTable && c.max < pixels) {
     c.scale = zrBuffer<std::int32_t>(c.max + 1);
     for (std::uint32_t v = 0; v <= c.max; ++v) c.scale[v] = saturate(v * c.factor);
   }
@@ -216,9 +218,11 @@ void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t*
 
   _TrueColorPixelInfo_tag info{};
   wm_GetTrueColorPixelInfo(win, &info);
-  const Channel red = channel(info.red_max, info.red_shift);
-  const Channel green = channel(info.green_max, info.green_shift);
-  const Channel blue = channel(info.blue_max, info.blue_shift);
+  const std::size_t pixelCount =
+      rows > 0 && columns > 0 ? static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns) : 0;
+  const Channel red = channel(info.red_max, info.red_shift, pixelCount);
+  const Channel green = channel(info.green_max, info.green_shift, pixelCount);
+  const Channel blue = channel(info.blue_max, info.blue_shift, pixelCount);
 
   const auto cols = static_cast<std::size_t>(columns > 0 ? columns : 0);
   const std::size_t last = rows > 0 ? static_cast<std::size_t>(rows) - 1 : 0;
@@ -264,7 +268,7 @@ void dither_wrapper(WinRec_tag* win, int rows, int columns, const std::uint32_t*
     };
     run(colours, rows, columns, load, emit);
   } else {
-    // Channels too wide for a scale table (never seen from a real display).
+    // Channels too wide for a scale table, or images too small to need one.
     const auto load = [&](int y, std::int32_t* in) {
       const std::uint32_t* row = pixels + static_cast<std::size_t>(y) * cols;
       for (std::size_t x = 0; x < cols; ++x) {
