@@ -13,6 +13,6 @@ if ! /usr/bin/python3 -c 'import PIL, numpy' 2>/dev/null; then
 fi
 json=$(mktemp)
 trap 'rm -f "$json"' EXIT
-"$build/bench/raster_dither_bench" --benchmark_filter='BM_DitherWrapper' \
+"$build/bench/raster_dither_bench" --benchmark_filter='BM_DitherWrapper/2048$' \
   --benchmark_repetitions=5 --benchmark_out="$json" --benchmark_out_format=json >/dev/null 2>&1
 /usr/bin/python3 "$here/dither_vs_pillow.py" "$json"

@@ -2,6 +2,7 @@
 // and of byte pixmaps to a table's fixed colours.
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <numeric>
 
@@ -191,15 +192,64 @@ struct RowColours {
   }
 };
 
-// Builds the inverse map and runs the diffusion with the narrowest map cells
-// that hold every index.
+// The inverse map filled in as cells are looked up: the same entries as
+// buildInverseMap, for images that would meet only a few of its cells.
+template <class Entry>
+struct LazyInverseMap {
+  static constexpr auto kUnknown = static_cast<Entry>(~Entry{0});  // all bits set, never an index
+  Entry* cells;
+  const TableBytes* table;
+
+  Entry operator[](std::size_t cell) const {
+    Entry& entry = cells[cell];
+    if (entry == kUnknown) entry = static_cast<Entry>(nearest(cell));
+    return entry;
+  }
+
+  std::int32_t nearest(std::size_t cell) const {
+    const auto centre = [cell](int shift) {
+      return static_cast<std::int32_t>(((cell >> shift) & 31) * 8 + 4);
+    };
+    const std::int32_t r = centre(10), g = centre(5), b = centre(0);
+    std::int32_t best = 0;
+    std::int32_t bestDistance = std::numeric_limits<std::int32_t>::max();
+    for (std::size_t i = 0; i < table->n; ++i) {
+      const std::int32_t dr = r - table->red[i], dg = g - table->green[i], db = b - table->blue[i];
+      const std::int32_t d = dr * dr + dg * dg + db * db;
+      if (d < bestDistance) {
+        bestDistance = d;
+        best = static_cast<std::int32_t>(i);
+      }
+    }
+    return best;
+  }
+};
+
+template <class Entry, class Load, class Emit>
+void diffuseLazily(const TableBytes& t, int rows, int columns, const Shares* shares, Load load, Emit emit) {
+  ZrBuffer<Entry> cells = zrBuffer<Entry>(kInverseCells);
+  std::memset(cells.get(), 0xFF, kInverseCells * sizeof(Entry));
+  diffuse(rows, columns, LazyInverseMap<Entry>{cells.get(), &t}, t.lanes.get(), shares, load, emit);
+}
+
+// Runs the diffusion with the narrowest map cells that hold every index. The
+// whole inverse map costs about as much as looking up eight times its cells
+// one by one, so a small image looks up only the cells it meets.
 template <class Load, class Emit>
 void run(const TableBytes& t, int rows, int columns, Load load, Emit emit) {
-  ZrBuffer<std::int32_t> map = zrBuffer<std::int32_t>(kInverseCells);
-  buildInverseMap(t.red.get(), t.green.get(), t.blue.get(), t.n, map.get());
+  if (rows <= 0 || columns <= 0) return;
   ZrBuffer<Shares> shares = zrBuffer<Shares>(512);
   buildShares(shares.get());
-  if (rows <= 0 || columns <= 0) return;
+  const std::size_t pixels = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+  if (pixels <= 8 * static_cast<std::size_t>(kInverseCells) / (t.n > 0 ? t.n : 1)) {
+    if (t.n < 256)
+      diffuseLazily<std::uint8_t>(t, rows, columns, shares.get(), load, emit);
+    else
+      diffuseLazily<std::int32_t>(t, rows, columns, shares.get(), load, emit);
+    return;
+  }
+  ZrBuffer<std::int32_t> map = zrBuffer<std::int32_t>(kInverseCells);
+  buildInverseMap(t.red.get(), t.green.get(), t.blue.get(), t.n, map.get());
   if (t.n <= 256) {
     ZrBuffer<std::uint8_t> small = zrBuffer<std::uint8_t>(kInverseCells);
     for (int c = 0; c < kInverseCells; ++c) small[c] = static_cast<std::uint8_t>(map[c]);

@@ -145,13 +145,13 @@ struct RowState {
 };
 
 // from and into point at the pixel's own cells.
-template <class MapEntry>
+template <class Map>
 inline std::int32_t ditherPixel(RowState& row, const std::int16_t* in, const std::int16_t* from,
-                                std::int16_t* into, const MapEntry* map, const Lanes* colours,
+                                std::int16_t* into, const Map& map, const Lanes* colours,
                                 const Shares* shares) {
   const Lanes w = low64(clampByte(load4(in) + load4(from) + row.carry));
   const auto cell = static_cast<std::size_t>(((w >> 3) & 0x1F) | ((w >> 14) & 0x3E0) | ((w >> 25) & 0x7C00));
-  const std::int32_t index = map[cell];
+  const auto index = static_cast<std::int32_t>(map[cell]);
   const Lanes errors = w + colours[index];
   Lanes8 first, second;
   transpose(&shares[static_cast<std::uint16_t>(errors)], &shares[static_cast<std::uint16_t>(errors >> 16)],
@@ -166,9 +166,9 @@ inline std::int32_t ditherPixel(RowState& row, const std::int16_t* in, const std
 // The group's rows, each kLag pixels behind the one above. The rows' states
 // and sinks are locals so that they stay in registers: the output stores are
 // bytes, which may alias anything reached through a pointer.
-template <int Rows, class MapEntry, class Sink>
-void diffuseGroup(int columns, const std::int16_t* in, std::int16_t* errors, const Sink* groupSinks,
-                  const MapEntry* map, const Lanes* colours, const Shares* shares) {
+template <int Rows, class Map, class Sink>
+void diffuseGroup(int columns, const std::int16_t* in, std::int16_t* errors, const Sink* groupSinks, Map map,
+                  const Lanes* colours, const Shares* shares) {
   RowState rows[Rows] = {};
   Sink sinks[Rows];
   for (int k = 0; k < Rows; ++k) sinks[k] = groupSinks[k];
@@ -199,9 +199,9 @@ void diffuseGroup(int columns, const std::int16_t* in, std::int16_t* errors, con
 }
 
 // diffuseGroup for every group size, indexed by size - 1.
-template <class MapEntry, class Sink, std::size_t... Less1>
+template <class Map, class Sink, std::size_t... Less1>
 constexpr auto groupRunner(std::index_sequence<Less1...>) {
-  return std::array{&diffuseGroup<static_cast<int>(Less1) + 1, MapEntry, Sink>...};
+  return std::array{&diffuseGroup<static_cast<int>(Less1) + 1, Map, Sink>...};
 }
 
 // A row of planar red, green and blue values into its lanes, kInStride apart.
@@ -246,12 +246,13 @@ inline void packRow(const std::int32_t* planar, std::size_t cols, std::int16_t* 
 // prepare(y, in) fills in[x], in[columns + x] and in[2 columns + x] with row
 // y's incoming red, green and blue values (any int; clamped when used);
 // sink(y) gives row y's output, an object whose (x, index) takes pixel x's
-// colour index. map holds the inverse colour map (bytes while the table has
-// at most 256 colours, so that it stays in the first-level cache), colours
-// the tableLanes of every table colour.
-template <class MapEntry, class Prepare, class SinkOf>
-void diffuse(int rows, int columns, const MapEntry* map, const Lanes* colours, const Shares* shares,
-             Prepare prepare, SinkOf sink) {
+// colour index. map[cell] gives the inverse colour map's entry (a pointer to
+// bytes while the table has at most 256 colours, so that it stays in the
+// first-level cache, or an object that fills cells in on demand), colours the
+// tableLanes of every table colour.
+template <class Map, class Prepare, class SinkOf>
+void diffuse(int rows, int columns, Map map, const Lanes* colours, const Shares* shares, Prepare prepare,
+             SinkOf sink) {
   const auto cols = static_cast<std::size_t>(columns);
   ZrBuffer<std::int16_t> errors = zrBuffer<std::int16_t>((cols + 1) * kErrorStride);
   ZrBuffer<std::int16_t> in = zrBuffer<std::int16_t>(cols * kInStride);
@@ -266,7 +267,7 @@ void diffuse(int rows, int columns, const MapEntry* map, const Lanes* colours, c
       packRow(planar.get(), cols, in.get() + 4 * static_cast<std::size_t>(k));
       sinks[k] = sink(y + k);
     }
-    groupRunner<MapEntry, Sink>(std::make_index_sequence<kRowsInFlight>())[group - 1](
+    groupRunner<Map, Sink>(std::make_index_sequence<kRowsInFlight>())[group - 1](
         columns, in.get(), errors.get(), sinks, map, colours, shares);
     // The last row's errors are the next group's first.
     if (group == kRowsInFlight) {
