@@ -2,6 +2,8 @@
 // pixel by pixel and against area and length references.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 
@@ -148,20 +150,95 @@ TEST(OffscreenDraw, AdjacentFillsTileWithoutSeams) {
   EXPECT_EQ(canvas.pixel(5, 20), kWhite);
   EXPECT_NEAR(inkSum(canvas), 400.0, 1e-9);
 
-  // Along a diagonal, anti-aliased fills each cover part of the pixels and
-  // the paper shows through; without anti-aliasing they tile exactly.
+  // Along a diagonal, anti-aliased fills painted one by one (the colour set
+  // again between them) each cover part of the pixels and the paper shows
+  // through; fills of one colour in a row are painted as one shape, and
+  // without anti-aliasing every pixel belongs to one fill: both tile exactly.
   for (bool antialias : {true, false}) {
-    SCOPED_TRACE(antialias);
-    Canvas diag(Format::Png, 30, 30, 72.0);
-    diag.setFillAntialias(antialias);
-    black(diag.window());
-    Poly upper({5, 5, 25, 5, 25, 25}), lower({5, 5, 25, 25, 5, 25});
-    wm_PaintPoly(diag.window(), upper.get(), nullptr, nullptr);
-    wm_PaintPoly(diag.window(), lower.get(), nullptr, nullptr);
-    if (antialias)
-      EXPECT_LT(inkSum(diag), 399.0);
-    else
-      EXPECT_NEAR(inkSum(diag), 400.0, 1e-9);
+    for (bool apart : {true, false}) {
+      SCOPED_TRACE(::testing::Message() << "antialias " << antialias << ", apart " << apart);
+      Canvas diag(Format::Png, 30, 30, 72.0);
+      diag.setFillAntialias(antialias);
+      black(diag.window());
+      Poly upper({5, 5, 25, 5, 25, 25}), lower({5, 5, 25, 25, 5, 25});
+      wm_PaintPoly(diag.window(), upper.get(), nullptr, nullptr);
+      if (apart) black(diag.window());
+      wm_PaintPoly(diag.window(), lower.get(), nullptr, nullptr);
+      if (antialias && apart)
+        EXPECT_LT(inkSum(diag), 399.0);
+      else
+        EXPECT_NEAR(inkSum(diag), 400.0, 1e-9);
+    }
+  }
+}
+
+// Fills of one colour in a row are painted together; the picture must be the
+// one painting them one by one gives, whatever the polygons: overlapping,
+// turning either way, crossing or touching themselves, with repeated or
+// missing vertices, in two colours that take turns. Only the anti-aliased
+// pixels along edges that fills share may differ (one shape covers them,
+// two shapes painted apart let some paper through), and by less than a
+// whole pixel's worth: a wrongly filled area differs fully.
+TEST(OffscreenDraw, FillsPaintedTogetherMatchFillsPaintedApart) {
+  std::mt19937 rng(31);
+  std::uniform_int_distribution<std::int32_t> coord(-4, 44), count(0, 9), pick(0, 9);
+  const Color_tag colours[2] = {rgb(0, 0, 0), rgb(0.5, 0.5, 0.5)};
+  for (int run = 0; run < 80; ++run) {
+    Canvas together(Format::Png, 40, 40, 72.0), apart(Format::Png, 40, 40, 72.0);
+    int current = -1;
+    std::string shapes;
+    for (int k = 0, shapesInRun = 1 + static_cast<int>(rng() % 10); k < shapesInRun; ++k) {
+      const int colour = pick(rng) < 8 ? (current < 0 ? 0 : current) : 1 - std::max(current, 0);
+      if (colour != current) wm_SetFGColorPtr(together.window(), const_cast<Color_tag*>(&colours[colour]));
+      wm_SetFGColorPtr(apart.window(), const_cast<Color_tag*>(&colours[colour]));
+      current = colour;
+      shapes += std::to_string(colour) + ":";
+      if (pick(rng) < 3) {
+        const qvrect r{coord(rng), coord(rng), coord(rng), coord(rng)};
+        wm_PaintRect(together.window(), &r);
+        wm_PaintRect(apart.window(), &r);
+        shapes += "rect ";
+        continue;
+      }
+      // Random vertices mostly cross; taken by angle round their mean they
+      // make a simple polygon, turning one way or the other.
+      std::vector<std::array<double, 2>> raw(static_cast<std::size_t>(count(rng)));
+      std::array<double, 2> mean{0, 0};
+      for (auto& v : raw) {
+        v = {double(coord(rng)), double(coord(rng))};
+        mean = {mean[0] + v[0] / double(raw.size()), mean[1] + v[1] / double(raw.size())};
+      }
+      if (rng() % 3 != 0) {
+        std::sort(raw.begin(), raw.end(), [&](const auto& a, const auto& b) {
+          return std::atan2(a[1] - mean[1], a[0] - mean[0]) < std::atan2(b[1] - mean[1], b[0] - mean[0]);
+        });
+        if (rng() % 2 != 0) std::reverse(raw.begin(), raw.end());
+      }
+      std::vector<std::int32_t> xy;
+      for (const auto& v : raw) {
+        const int what = pick(rng);
+        if (what == 0 && !xy.empty()) {
+          xy.push_back(xy[xy.size() - 2]);  // a repeated vertex
+          xy.push_back(xy[xy.size() - 2]);
+        } else if (what == 1) {
+          xy.push_back(-32768);  // a missing one
+          xy.push_back(-32768);
+        }
+        xy.push_back(static_cast<std::int32_t>(v[0]));
+        xy.push_back(static_cast<std::int32_t>(v[1]));
+      }
+      Poly p(xy);
+      wm_PaintPoly(together.window(), p.get(), nullptr, nullptr);
+      wm_PaintPoly(apart.window(), p.get(), nullptr, nullptr);
+      shapes += std::to_string(xy.size() / 2) + "-gon ";
+    }
+    SCOPED_TRACE(::testing::Message() << "run " << run << ": " << shapes);
+    for (int y = 0; y < 40; ++y) {
+      for (int x = 0; x < 40; ++x) {
+        const Pixel a = together.pixel(x, y), b = apart.pixel(x, y);
+        ASSERT_LE(std::abs(a.g - b.g), 100) << x << "," << y;
+      }
+    }
   }
 }
 

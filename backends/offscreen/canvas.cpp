@@ -23,14 +23,21 @@ CanvasState::~CanvasState() {
   if (methods) wm_Destroy(methods);
 }
 
-CanvasState& stateOf(WinRec_tag* win) noexcept {
+CanvasState& fillingStateOf(WinRec_tag* win) noexcept {
   CanvasState& st = *static_cast<CanvasState*>(gwr_Object(win));
   if (!st.finished && cairo_status(st.cr) != CAIRO_STATUS_SUCCESS) {
     cairo_destroy(st.cr);
     st.cr = cairo_create(st.surface);
+    st.fillPending = false;  // the path went with the context
     if (st.format != Format::Png) cairo_scale(st.cr, 72.0 / st.dpi, 72.0 / st.dpi);
     applyClip(st, wm_GetLastClipRegion(win));
   }
+  return st;
+}
+
+CanvasState& stateOf(WinRec_tag* win) noexcept {
+  CanvasState& st = fillingStateOf(win);
+  paintPendingFills(st);
   return st;
 }
 
@@ -122,6 +129,7 @@ double Canvas::dpi() const noexcept { return state_->dpi; }
 
 void Canvas::save(const std::string& path) {
   CanvasState& st = *state_;
+  detail::paintPendingFills(st);
   if (st.format == Format::Png) {
     if (!detail::writePng(path, detail::finalImage(st), st.width, st.height, st.pngLevel))
       throw std::runtime_error("cannot write \"" + path + "\"");
@@ -144,6 +152,7 @@ Pixel Canvas::pixel(int x, int y) const {
   if (x < 0 || y < 0 || x >= st.width || y >= st.height)
     throw std::out_of_range("pixel (" + std::to_string(x) + ", " + std::to_string(y) + ") is outside the " +
                             std::to_string(st.width) + "x" + std::to_string(st.height) + " image");
+  detail::paintPendingFills(*state_);
   cairo_surface_flush(st.surface);
   const unsigned char* row = cairo_image_surface_get_data(st.surface) +
                              static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(st.surface);
@@ -158,7 +167,10 @@ Pixel Canvas::pixel(int x, int y) const {
                static_cast<std::uint8_t>(a)};
 }
 
-void Canvas::setFillAntialias(bool on) noexcept { state_->fillAntialias = on; }
+void Canvas::setFillAntialias(bool on) noexcept {
+  detail::paintPendingFills(*state_);
+  state_->fillAntialias = on;
+}
 
 void Canvas::setPngCompression(int level) {
   if (level < 0 || level > 9)
@@ -168,6 +180,7 @@ void Canvas::setPngCompression(int level) {
 
 std::vector<std::uint32_t> Canvas::image() const {
   if (state_->format != Format::Png) throw std::logic_error("a vector canvas has no pixels");
+  detail::paintPendingFills(*state_);
   return detail::finalImage(*state_);
 }
 

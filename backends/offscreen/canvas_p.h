@@ -40,6 +40,9 @@ struct CanvasState {
   bool finished = false;
   int pngLevel = 3;
   bool fillAntialias = true;
+  // The current path holds fills in the pen colour that are not painted yet:
+  // rectangles and simple polygons, all turning the same way.
+  bool fillPending = false;
 
   WinRec_tag* win = nullptr;
   winMethods_tag* methods = nullptr;
@@ -69,8 +72,15 @@ struct CanvasState {
 // The state of a canvas's window; win must be a canvas's window. A drawing
 // context that an earlier call put into an error state (Cairo keeps errors
 // sticky) is replaced first, with the window's clip set again, so one bad
-// call does not blank everything after it.
+// call does not blank everything after it. Pending fills are painted first,
+// so that whatever the caller does next comes after them.
 CanvasState& stateOf(WinRec_tag* win) noexcept;
+
+// stateOf for the slots that add to the pending fills: nothing is painted.
+CanvasState& fillingStateOf(WinRec_tag* win) noexcept;
+
+// Paints the pending fills, if any, as one shape.
+void paintPendingFills(CanvasState& st) noexcept;
 
 // Sets the clip to a region of the canvas (null or unknown: no clip).
 void applyClip(CanvasState& st, void* region);

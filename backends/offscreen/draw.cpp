@@ -1,6 +1,8 @@
 // Drawing slots of the offscreen back end: colours, line attributes, lines,
 // rectangles, ovals and polygons, and the device queries.
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "backends/offscreen/canvas_p.h"
 #include "qvgui/raster.h"
@@ -183,11 +185,13 @@ void PolyLineRP3(WinRec_tag* win, Real_point3* points, int count) {
 
 bool isEmpty(const qvrect* r) { return !r || r->right <= r->left || r->bottom <= r->top; }
 
+// Rectangles join the pending fills: cairo_rectangle turns the way
+// addToPendingFills turns every polygon.
 void PaintRect(WinRec_tag* win, const qvrect* r) {
   if (isEmpty(r)) return;
-  CanvasState& st = stateOf(win);
+  CanvasState& st = fillingStateOf(win);
   cairo_rectangle(st.cr, r->left, r->top, double(r->right) - r->left, double(r->bottom) - r->top);
-  fillPath(st, st.fg);
+  st.fillPending = true;
 }
 
 void EraseRect(WinRec_tag* win, qvrect* r) {
@@ -292,10 +296,86 @@ bool polygonPath(cairo_t* cr, const Polygon2* poly, double offset) {
   return true;
 }
 
+// Twice the signed area of the triangle a, b, c: positive when it turns the
+// way cairo_rectangle does (y down).
+std::int64_t turn(const qvpoint32& a, const qvpoint32& b, const qvpoint32& c) {
+  return std::int64_t{b.x - a.x} * (c.y - a.y) - std::int64_t{b.y - a.y} * (c.x - a.x);
+}
+
+int sign(std::int64_t v) { return (v > 0) - (v < 0); }
+
+// Whether the closed segments ab and cd share a point.
+bool segmentsMeet(const qvpoint32& a, const qvpoint32& b, const qvpoint32& c, const qvpoint32& d) {
+  const int d1 = sign(turn(a, b, c)), d2 = sign(turn(a, b, d));
+  const int d3 = sign(turn(c, d, a)), d4 = sign(turn(c, d, b));
+  if (d1 * d2 < 0 && d3 * d4 < 0) return true;
+  const auto within = [](const qvpoint32& p, const qvpoint32& q, const qvpoint32& r) {
+    return std::min(p.x, q.x) <= r.x && r.x <= std::max(p.x, q.x) && std::min(p.y, q.y) <= r.y &&
+           r.y <= std::max(p.y, q.y);
+  };
+  return (d1 == 0 && within(a, b, c)) || (d2 == 0 && within(a, b, d)) || (d3 == 0 && within(c, d, a)) ||
+         (d4 == 0 && within(c, d, b));
+}
+
+// Adds the polygon to the pending fills, or paints nothing when fewer than
+// two of its vertices are present; false leaves the path alone and the
+// polygon to be painted by itself. It joins them when its boundary does not
+// touch itself, turned the way rectangles turn: then its even-odd area is its
+// nonzero area, and the nonzero area of all the pending fills is their union,
+// whatever overlaps. A polygon on one line joins them as it is: no area, but
+// an outline on vector canvases. Small polygons only (the test is
+// quadratic), with coordinates small enough for exact products.
+bool addToPendingFills(cairo_t* cr, const Polygon2* poly) {
+  constexpr std::int32_t kMaxVertices = 32;
+  constexpr std::int32_t kFar = 1 << 24;
+  if (!poly || !poly->points || poly->count > 2 * kMaxVertices) return false;
+  qvpoint32 v[2 * kMaxVertices];
+  std::int32_t present = 0, n = 0;
+  for (std::int32_t i = 0; i < poly->count; ++i) {
+    const qvpoint32 p = poly->points[i];
+    if (p.x == kMissingPoint || p.y == kMissingPoint) continue;
+    if (p.x < -kFar || p.x > kFar || p.y < -kFar || p.y > kFar) return false;
+    ++present;
+    if (n > 0 && p.x == v[n - 1].x && p.y == v[n - 1].y) continue;
+    v[n++] = p;
+  }
+  if (present < 2) return true;
+  while (n > 1 && v[n - 1].x == v[0].x && v[n - 1].y == v[0].y) --n;
+  bool onOneLine = true;
+  for (std::int32_t i = 2; i < n && onOneLine; ++i) onOneLine = turn(v[0], v[1], v[i]) == 0;
+  if (onOneLine) return polygonPath(cr, poly, 0.0);
+  if (n > kMaxVertices) return false;
+  // Edges that are not neighbours may not meet at all. (An edge folding back
+  // over its neighbour ends on the edge after that.)
+  for (std::int32_t i = 0; i < n; ++i) {
+    for (std::int32_t j = i + 2; j < n; ++j) {
+      if (i == 0 && j == n - 1) continue;
+      if (segmentsMeet(v[i], v[i + 1], v[j], v[(j + 1) % n])) return false;
+    }
+  }
+  std::int64_t area = 0;
+  for (std::int32_t i = 1; i + 1 < n; ++i) area += turn(v[0], v[i], v[i + 1]);
+  const bool reverse = area < 0;
+  for (std::int32_t k = 0; k < n; ++k) {
+    const qvpoint32& p = v[reverse ? n - 1 - k : k];
+    if (k == 0)
+      cairo_move_to(cr, p.x, p.y);
+    else
+      cairo_line_to(cr, p.x, p.y);
+  }
+  cairo_close_path(cr);
+  return true;
+}
+
 void PaintPoly(WinRec_tag* win, const Polygon2* poly, int*, Colortable_tag*) {
-  CanvasState& st = stateOf(win);
+  CanvasState& st = fillingStateOf(win);
   // Filled vertices sit on pixel corners, like rectangle edges, so a polygon
   // meets a rectangle or another polygon along a shared edge without a seam.
+  if (addToPendingFills(st.cr, poly)) {
+    st.fillPending = cairo_has_current_point(st.cr) != 0;
+    return;
+  }
+  paintPendingFills(st);
   if (!polygonPath(st.cr, poly, 0.0)) return;
   cairo_set_fill_rule(st.cr, CAIRO_FILL_RULE_EVEN_ODD);
   fillPath(st, st.fg);
@@ -320,6 +400,15 @@ bool IsWindowVisible(WinRec_tag*) { return true; }
 void Flush(WinRec_tag* win) { cairo_surface_flush(stateOf(win).surface); }
 
 }  // namespace
+
+// The pen colour cannot have changed since the first pending fill: setting it
+// goes through stateOf, which paints them.
+void paintPendingFills(CanvasState& st) noexcept {
+  if (!st.fillPending) return;
+  st.fillPending = false;
+  cairo_set_fill_rule(st.cr, CAIRO_FILL_RULE_WINDING);
+  fillPath(st, st.fg);
+}
 
 void installDrawing(winMethods_tag* m) {
   swm_SetFGColorPtr(m, SetFGColorPtr);

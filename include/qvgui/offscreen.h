@@ -77,7 +77,12 @@ struct CanvasState;
 //     a one-pixel outline covers the fill's first row and column and the row
 //     and column just past its last;
 //   - the missing-point marker -32768 in integer geometry and NaN in
-//     PolyLineRP3 break a line; a polygon drops such vertices.
+//     PolyLineRP3 break a line; a polygon drops such vertices;
+//   - PaintRect and PaintPoly calls in a row, with nothing else between them,
+//     are painted as one shape (in vector documents, one element) when the
+//     polygons are small and their outlines do not touch themselves: the
+//     picture is the same as painting them one by one, except that fills of
+//     one colour sharing a slanted edge show no seam along it.
 //
 // Line widths are in points (wm_SetLineWidth), scaled by the pixels per point
 // (dpi / 72); zero, negative and NaN widths draw one pixel wide. Dash lengths
@@ -156,11 +161,11 @@ class QVGUI_OFFSCREEN_API Canvas {
   void save(const std::string& path);
 
   // Whether fills (rectangles, ovals, polygons) are anti-aliased; on by
-  // default. Two anti-aliased fills sharing a slanted edge each cover part of
-  // the pixels along it, and the paper shows through the blend as a faint
-  // seam; without anti-aliasing every pixel belongs to exactly one of them,
-  // so fills that tile an area (filled contour bands) leave none. Strokes and
-  // text stay anti-aliased.
+  // default. Two anti-aliased fills of different colours (or painted apart)
+  // sharing a slanted edge each cover part of the pixels along it, and the
+  // paper shows through the blend as a faint seam; without anti-aliasing
+  // every pixel belongs to exactly one of them, so fills that tile an area
+  // (filled contour bands) leave none. Strokes and text stay anti-aliased.
   void setFillAntialias(bool on) noexcept;
 
   // The zlib level of the PNG written by save, 0 (none) to 9 (smallest);
