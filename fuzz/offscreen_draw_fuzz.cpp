@@ -142,9 +142,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         wm_WarpTriangle(win, &poly, table, 2, 2, uv, texture);
         break;
       }
-      case 15:
-        canvas.setFillAntialias(in.take<std::uint8_t>() % 2);
+      case 15: {
+        const auto flags = in.take<std::uint8_t>();
+        canvas.setFillAntialias(flags & 1);
+        canvas.setJoinFills(flags & 2);
         break;
+      }
     }
   }
   if (format == qvgui::offscreen::Format::Png) (void)canvas.image();

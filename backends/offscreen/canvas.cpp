@@ -85,6 +85,7 @@ Canvas::Canvas(Format format, int widthPx, int heightPx, double dpi) : state_(ne
   st.width = widthPx;
   st.height = heightPx;
   st.dpi = dpi;
+  st.joinFills = format != Format::Png;
 
   const double toPoints = 72.0 / dpi;
   switch (format) {
@@ -170,6 +171,11 @@ Pixel Canvas::pixel(int x, int y) const {
 void Canvas::setFillAntialias(bool on) noexcept {
   detail::paintPendingFills(*state_);
   state_->fillAntialias = on;
+}
+
+void Canvas::setJoinFills(bool on) noexcept {
+  detail::paintPendingFills(*state_);
+  state_->joinFills = on;
 }
 
 void Canvas::setPngCompression(int level) {

@@ -40,6 +40,7 @@ struct CanvasState {
   bool finished = false;
   int pngLevel = 3;
   bool fillAntialias = true;
+  bool joinFills = false;
   // The current path holds fills in the pen colour that are not painted yet:
   // rectangles and simple polygons, all turning the same way.
   bool fillPending = false;

@@ -185,13 +185,16 @@ void PolyLineRP3(WinRec_tag* win, Real_point3* points, int count) {
 
 bool isEmpty(const qvrect* r) { return !r || r->right <= r->left || r->bottom <= r->top; }
 
-// Rectangles join the pending fills: cairo_rectangle turns the way
-// addToPendingFills turns every polygon.
+// Rectangles join the pending fills as they are: cairo_rectangle turns the
+// way addToPendingFills turns every polygon.
 void PaintRect(WinRec_tag* win, const qvrect* r) {
   if (isEmpty(r)) return;
   CanvasState& st = fillingStateOf(win);
   cairo_rectangle(st.cr, r->left, r->top, double(r->right) - r->left, double(r->bottom) - r->top);
-  st.fillPending = true;
+  if (st.joinFills)
+    st.fillPending = true;
+  else
+    fillPath(st, st.fg);
 }
 
 void EraseRect(WinRec_tag* win, qvrect* r) {
@@ -371,7 +374,7 @@ void PaintPoly(WinRec_tag* win, const Polygon2* poly, int*, Colortable_tag*) {
   CanvasState& st = fillingStateOf(win);
   // Filled vertices sit on pixel corners, like rectangle edges, so a polygon
   // meets a rectangle or another polygon along a shared edge without a seam.
-  if (addToPendingFills(st.cr, poly)) {
+  if (st.joinFills && addToPendingFills(st.cr, poly)) {
     st.fillPending = cairo_has_current_point(st.cr) != 0;
     return;
   }
