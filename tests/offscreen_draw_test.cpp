@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <random>
 
 #include "offscreen_test_support.h"
@@ -359,6 +360,17 @@ TEST(OffscreenDraw, HostileInputLeavesTheCanvasUsable) {
       wm_PaintRect(win, &r);
       EXPECT_EQ(canvas.pixel(2, 2), kBlack);
     }
+
+  // The dashes of a shape reaching far off the canvas would take gigabytes of
+  // a document; such a stroke is drawn solid.
+  Canvas pdf(Format::Pdf, 10, 10, 72.0);
+  wm_SetLineType(pdf.window(), LINE_DASHED);
+  const qvrect huge{-45, 20, 25, 620756991};
+  wm_FrameOval(pdf.window(), &huge);
+  const std::string path = ::testing::TempDir() + "offscreen_far_dashes.pdf";
+  pdf.save(path);
+  EXPECT_LT(std::filesystem::file_size(path), 100000u);
+  std::filesystem::remove(path);
 }
 
 }  // namespace

@@ -17,9 +17,28 @@ double lineWidthPx(const CanvasState& st) {
   return std::isfinite(w) && w > 0.0 ? w : 1.0;
 }
 
+// An upper bound of the current path's length: its control polygon.
+double pathLengthBound(cairo_t* cr) {
+  cairo_path_t* path = cairo_copy_path(cr);
+  double length = 0.0, x = 0.0, y = 0.0;
+  for (int i = 0; i < path->num_data; i += path->data[i].header.length) {
+    const cairo_path_data_t& head = path->data[i];
+    for (int k = 1; k < head.header.length; ++k) {
+      const double px = path->data[i + k].point.x, py = path->data[i + k].point.y;
+      if (head.header.type != CAIRO_PATH_MOVE_TO) length += std::hypot(px - x, py - y);
+      x = px, y = py;
+    }
+  }
+  cairo_path_destroy(path);
+  return length;
+}
+
 // Dash lengths in points per point of line width, so thick dashed lines keep
-// their look.
+// their look. A stroke that would need more than a million dashes (a shape
+// reaching far off the canvas) is drawn solid: the document back ends cut the
+// dashes themselves, and that many would take gigabytes.
 void applyDashes(CanvasState& st, LineTypes type, double widthPx) {
+  constexpr double kMaxDashes = 1e6;
   static const double kDashed[] = {4.0, 2.5};
   static const double kDotted[] = {1.0, 2.0};
   static const double kDashDot[] = {4.0, 2.0, 1.0, 2.0};
@@ -45,7 +64,12 @@ void applyDashes(CanvasState& st, LineTypes type, double widthPx) {
   // A dash is never shorter than a pixel, or hairlines would vanish.
   const double unit = std::max(widthPx, st.pixelsPerPoint());
   double scaled[4];
-  for (int i = 0; i < n; ++i) scaled[i] = std::max(1.0, pattern[i] * unit);
+  double period = 0.0;
+  for (int i = 0; i < n; ++i) period += scaled[i] = std::max(1.0, pattern[i] * unit);
+  if (!(pathLengthBound(st.cr) <= kMaxDashes * period)) {
+    cairo_set_dash(st.cr, nullptr, 0, 0.0);
+    return;
+  }
   cairo_set_dash(st.cr, scaled, n, 0.0);
 }
 
