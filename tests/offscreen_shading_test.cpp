@@ -115,6 +115,26 @@ TEST(OffscreenShading, FacesFarOutsideTheImageShowTheSame) {
   EXPECT_GT(compared, 0);
 }
 
+// Textured faces whose corners are missing-point markers or far off the
+// image give the image nothing to show, and leave nothing behind (the
+// sanitizer build checks for leaks).
+TEST(OffscreenShading, WarpsFarOffTheImagePaintNothing) {
+  Canvas canvas(Format::Png, 64, 48, 36.0);
+  const std::vector<std::vector<std::int32_t>> faces = {{-53, -32768, -32768, -32769, -1, -1},
+                                                        {-32768, -1, -1644822529, 16777215, -96, -96},
+                                                        {-32768, -32768, 157, -10354679, -86, -95}};
+  double uv[3][2] = {{0, 0}, {1, 0}, {0, 1}};
+  int texture[4] = {0, 1, 2, 1};
+  Colortable_tag* table = create_ColortablePtr();
+  set_ColortablePtr_colormap_data(table, NReals{0, 1, 0.5, 0, 1, 0.5, 0, 1, 0.25});
+  for (const auto& xy : faces) {
+    Poly face(xy);
+    wm_WarpTriangle(canvas.window(), face.get(), table, 2, 2, uv, texture);
+  }
+  destroy_ColortablePtr(table);
+  for (std::uint32_t p : canvas.image()) ASSERT_EQ(p, kWhite);
+}
+
 // Vector faces stay vector: a PDF gets a shading, an SVG a flat fill; neither
 // embeds an image.
 TEST(OffscreenShading, VectorFacesStayVector) {

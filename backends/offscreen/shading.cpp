@@ -49,6 +49,12 @@ void composite(CanvasState& st, const qvrect& box, int w, int h, std::vector<std
     if (!mask[i]) argb[i] = 0;
   cairo_surface_t* img = cairo_image_surface_create_for_data(reinterpret_cast<unsigned char*>(argb.data()),
                                                              CAIRO_FORMAT_ARGB32, w, h, 4 * w);
+  // Cairo leaks the pattern it makes for a surface in an error state (a size
+  // it refuses): such an image is not painted at all.
+  if (cairo_surface_status(img) != CAIRO_STATUS_SUCCESS) {
+    cairo_surface_destroy(img);
+    return;
+  }
   cairo_save(st.cr);
   cairo_set_source_surface(st.cr, img, box.left, box.top);
   // One image pixel per device pixel: no smoothing across face borders.

@@ -85,7 +85,9 @@ struct CanvasState;
 //
 // Line widths are in points (wm_SetLineWidth), scaled by the pixels per point
 // (dpi / 72); zero, negative and NaN widths draw one pixel wide. Dash lengths
-// are in points times the line width. Strokes with LINE_NONE draw nothing.
+// are in points times the line width; a stroke long enough to need more than
+// a million dashes (a shape reaching far off the canvas) is drawn solid.
+// Strokes with LINE_NONE draw nothing.
 //
 // Colours: wm_SetFGColorPtr sets the pen and fill colour, wm_SetBGColorPtr
 // the colour EraseRect paints; wm_SetFigureBackgroundColor paints the whole
