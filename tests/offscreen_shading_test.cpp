@@ -118,7 +118,7 @@ TEST(OffscreenShading, FacesFarOutsideTheImageShowTheSame) {
 // Textured faces whose corners are missing-point markers or far off the
 // image give the image nothing to show, and leave nothing behind (the
 // sanitizer build checks for leaks).
-TEST(OffscreenShading, WarpsFarOffTheImagePaintNothing) {
+TEST(OffscreenShading, MissingAndFarCornersPaintNothingExtra) {
   Canvas canvas(Format::Png, 64, 48, 36.0);
   const std::vector<std::vector<std::int32_t>> faces = {{-53, -32768, -32768, -32769, -1, -1},
                                                         {-32768, -1, -1644822529, 16777215, -96, -96},
@@ -132,6 +132,13 @@ TEST(OffscreenShading, WarpsFarOffTheImagePaintNothing) {
     wm_WarpTriangle(canvas.window(), face.get(), table, 2, 2, uv, texture);
   }
   destroy_ColortablePtr(table);
+  for (std::uint32_t p : canvas.image()) ASSERT_EQ(p, kWhite);
+
+  // A corner with one coordinate missing is dropped, not rasterised: the
+  // other coordinate, cut to 16 bits, once made a box of 2.7 GB.
+  Poly face({7563635, -32768, -32768, 7365119, 94, 97});
+  double grey[9] = {0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5, 0.5};
+  wm_FillInterpPoly(canvas.window(), face.get(), grey, nullptr);
   for (std::uint32_t p : canvas.image()) ASSERT_EQ(p, kWhite);
 }
 

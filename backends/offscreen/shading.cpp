@@ -118,7 +118,8 @@ struct ClippedPolygon {
 bool fitsTheFrame(const Polygon2* poly, const qvrect& frame) {
   for (std::int32_t i = 0; i < poly->count; ++i) {
     const qvpoint32 p = poly->points[i];
-    if (p.x == kMissingPoint || p.y == kMissingPoint) continue;
+    // The rasteriser would take a missing point for a vertex: the cut drops it.
+    if (p.x == kMissingPoint || p.y == kMissingPoint) return false;
     if (p.x < frame.left || p.x > frame.right || p.y < frame.top || p.y > frame.bottom) return false;
   }
   return true;
